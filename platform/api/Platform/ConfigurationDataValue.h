@@ -1,0 +1,19 @@
+#pragma once
+
+#include "Platform/PlatformExport.h"
+
+#include <QVariant>
+
+/// The value of one configuration leaf, as it was when it was asked for.
+class PLATFORM_EXPORT ConfigurationDataValue
+{
+public:
+    explicit ConfigurationDataValue(const QVariant& value);
+    virtual ~ConfigurationDataValue();
+
+    /// The value; a text object is a QVariantMap from language key to text.
+    QVariant getValue() const;
+
+private:
+    QVariant m_value;
+};
