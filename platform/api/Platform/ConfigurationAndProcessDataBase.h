@@ -9,11 +9,13 @@
 
 class ConfigurationDataValue;
 
-/// A node of a module's configuration tree. A node has properties, by key, and those that are maps are its children
-/// too. A leaf is a node with the property ConfigurationAndProcessDataDefinitions::getKeyDataPropertyValue(); a text
-/// that was entered in configuration is a leaf whose value is a text object:
+/// A node of a module's configuration tree. A node has properties, by key, and those that are maps
+/// are its children too. A leaf is a node with the property
+/// ConfigurationAndProcessDataDefinitions::getKeyDataPropertyValue(); a text that was entered in
+/// configuration is a leaf whose value is a text object:
 ///
-///     {"Limits": {"High": {"value": {"lang_de": "Grenzwert überschritten", "lang_en": "Limit exceeded"}}}}
+///     {"Limits": {"High": {"value": {"lang_de": "Grenzwert überschritten", "lang_en": "Limit
+///     exceeded"}}}}
 ///
 /// Held by QSharedPointer. A tree does not change after it is made, so any thread may read it.
 class PLATFORM_EXPORT ConfigurationAndProcessDataBase

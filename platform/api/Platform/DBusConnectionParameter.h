@@ -15,7 +15,8 @@ public:
     /// \param objectName     the object inside that process
     /// \param interfaceName  interface of the object, without any prefix
     /// Threads: any.
-    static DBusConnectionParameter createFromTavikInternal(const QString& moduleName, const QString& objectName,
+    static DBusConnectionParameter createFromTavikInternal(const QString& moduleName,
+                                                           const QString& objectName,
                                                            const QString& interfaceName);
 
     const QString& getModuleName() const { return m_moduleName; }
@@ -23,7 +24,8 @@ public:
     const QString& getInterfaceName() const { return m_interfaceName; }
 
 private:
-    DBusConnectionParameter(const QString& moduleName, const QString& objectName, const QString& interfaceName);
+    DBusConnectionParameter(const QString& moduleName, const QString& objectName,
+                            const QString& interfaceName);
 
     QString m_moduleName;
     QString m_objectName;

@@ -10,8 +10,8 @@
 
 class QDBusPendingCallWatcher;
 
-/// The answer to an asynchronous call, now or later. Belongs to the thread that placed the call: use it and release
-/// it there.
+/// The answer to an asynchronous call, now or later. Belongs to the thread that placed the call:
+/// use it and release it there.
 ///
 ///     const DBusPendingReply::SharedPointer reply = reader.getCompleteEventlist(QString());
 ///     if (reply.isNull())
@@ -29,22 +29,25 @@ public:
     /// True when the answer is there, be it a result or an error.
     bool isFinished() const;
 
-    /// Blocks: until the answer is there, at most the time-out of the bus, 25 s. Needs no event loop.
+    /// Blocks: until the answer is there, at most the time-out of the bus, 25 s. Needs no event
+    /// loop.
     void waitForFinished();
 
-    /// True when the call has failed: refused, no such method, no answer, bus lost. False while it is under way.
+    /// True when the call has failed: refused, no such method, no answer, bus lost. False while it
+    /// is under way.
     bool isError() const;
 
     /// Why the call has failed; of type QDBusError::NoError otherwise.
     QDBusError error() const;
 
-    /// The values of the answer, as QtDBus delivers them: what is a container inside a container is a
-    /// QDBusArgument, to be read with qdbus_cast. Empty while the call is under way and when it has failed.
+    /// The values of the answer, as QtDBus delivers them: what is a container inside a container is
+    /// a QDBusArgument, to be read with qdbus_cast. Empty while the call is under way and when it
+    /// has failed.
     QVariantList values() const;
 
 Q_SIGNALS:
-    /// The answer is there. Sent once, also when it was there before the signal was connected; needs the event loop
-    /// of this thread.
+    /// The answer is there. Sent once, also when it was there before the signal was connected;
+    /// needs the event loop of this thread.
     void finished();
 
 protected:

@@ -7,8 +7,8 @@
 
 class QDBusArgument;
 
-/// The result of a synchronous call: an error, or a value that may be empty. A plain value, copied freely.
-/// On the bus it is the structure (isv): code, text, value.
+/// The result of a synchronous call: an error, or a value that may be empty. A plain value, copied
+/// freely. On the bus it is the structure (isv): code, text, value.
 class PLATFORM_EXPORT DBusReply
 {
 public:
@@ -28,8 +28,10 @@ public:
     const QVariant& getValue() const { return m_value; }
 
 private:
-    friend PLATFORM_EXPORT const QDBusArgument& operator>>(const QDBusArgument& argument, DBusReply& reply);
-    friend PLATFORM_EXPORT QDBusArgument& operator<<(QDBusArgument& argument, const DBusReply& reply);
+    friend PLATFORM_EXPORT const QDBusArgument& operator>>(const QDBusArgument& argument,
+                                                           DBusReply& reply);
+    friend PLATFORM_EXPORT QDBusArgument& operator<<(QDBusArgument& argument,
+                                                     const DBusReply& reply);
 
     int m_errorCode = 0;
     QString m_errorText;

@@ -8,7 +8,7 @@
 class PLATFORM_EXPORT RecorderUrlHashHandling
 {
 public:
-    /// The hash of the bytes as raw bytes, 20 of them; equal input gives equal output on every device.
-    /// Threads: any.
+    /// The hash of the bytes as raw bytes, 20 of them; equal input gives equal output on every
+    /// device. Threads: any.
     static QByteArray createUrlHash(const QByteArray& url);
 };

@@ -6,18 +6,20 @@
 #include <QStringList>
 #include <memory>
 
-/// The texts of one module, read from a folder of language files. The module owns it and keeps it alive for as
-/// long as a producer or a provider refers to it. Nothing is read after the constructor.
+/// The texts of one module, read from a folder of language files. The module owns it and keeps it
+/// alive for as long as a producer or a provider refers to it. Nothing is read after the
+/// constructor.
 ///
-/// A language file is a compiled Qt Linguist file, made with "lrelease -idbased -nounfinished lang_de.ts". Its base
-/// name is the language key ("lang_de"), the id of a message is the text url. Adding a language is adding a file.
+/// A language file is a compiled Qt Linguist file, made with "lrelease -idbased -nounfinished
+/// lang_de.ts". Its base name is the language key ("lang_de"), the id of a message is the text url.
+/// Adding a language is adding a file.
 class PLATFORM_EXPORT TextManager : public TextManagerBase
 {
 public:
     /// \param folder  folder with the *.qm files; empty makes a manager without texts
-    /// Failure: a folder that is missing, and a file that is no language file, is too large or cannot be read, give
-    /// one warning with the path each; what can be read is used.
-    /// Blocks:  while the files are read.
+    /// Failure: a folder that is missing, and a file that is no language file, is too large or
+    /// cannot be read, give one warning with the path each; what can be read is used. Blocks: while
+    /// the files are read.
     explicit TextManager(const QString& folder);
     ~TextManager() override;
     Q_DISABLE_COPY(TextManager)
