@@ -14,8 +14,7 @@ class ConfigurationDataValue;
 /// ConfigurationAndProcessDataDefinitions::getKeyDataPropertyValue(); a text that was entered in
 /// configuration is a leaf whose value is a text object:
 ///
-///     {"Limits": {"High": {"value": {"lang_de": "Grenzwert überschritten", "lang_en": "Limit
-///     exceeded"}}}}
+///     {"Limits": {"High": {"value": {"lang_de": "Grenzwert überschritten", "lang_en": "Limit exceeded"}}}}
 ///
 /// Held by QSharedPointer. A tree does not change after it is made, so any thread may read it.
 class PLATFORM_EXPORT ConfigurationAndProcessDataBase

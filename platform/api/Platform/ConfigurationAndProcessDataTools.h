@@ -16,7 +16,8 @@ public:
     /// \param url   path of the leaf, words joined by "/"
     /// \param root  the tree; may be null
     /// Failure: an invalid QVariant for a null tree, a missing element or one without a value. No
-    /// warning. Threads: any.
+    ///          warning.
+    /// Threads: any.
     static QVariant extractConfigValue(const QString& url,
                                        const QSharedPointer<ConfigurationAndProcessDataBase>& root);
 };

@@ -12,8 +12,9 @@
 /// and of the bus.
 ///
 /// Occurrences are kept in the order of their arrival. Of a signal without argument one is kept; of
-/// a signal with an argument the newest 4096, and what is dropped is the oldest. Threads: the
-/// arrival of a signal and the operations here may meet; two threads must not poll one handler.
+/// a signal with an argument the newest 4096, and what is dropped is the oldest.
+/// Threads: the arrival of a signal and the operations here may meet; two threads must not poll one
+///          handler.
 class PLATFORM_EXPORT DBusConnectionSignalPollingHandler : public QObject
 {
     Q_OBJECT

@@ -30,7 +30,7 @@ public:
     bool isFinished() const;
 
     /// Blocks: until the answer is there, at most the time-out of the bus, 25 s. Needs no event
-    /// loop.
+    ///         loop.
     void waitForFinished();
 
     /// True when the call has failed: refused, no such method, no answer, bus lost. False while it

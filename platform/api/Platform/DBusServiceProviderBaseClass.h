@@ -19,14 +19,17 @@ class PLATFORM_EXPORT DBusServiceProviderBaseClass : public QObject
 {
     Q_OBJECT
 public:
-    /// \param moduleName     name of this process on the bus: letters, digits, "_" and "-", no
-    /// digit first \param objectName     object inside it: letters, digits and "_" \param
-    /// interfaceName  interface of the object, without any prefix \param flag           true takes
-    /// the bus name of the module as well; false offers the object alone \param options        what
-    /// is exported Failure: one warning when the bus is missing, when the path is taken already in
-    /// this process, or when the bus name belongs to another process or is refused. The object
-    /// lives on, unreachable; a missing bus and a taken name are tried again when the bus or the
-    /// name comes free.
+    /// \param moduleName     name of this process on the bus: letters, digits, "_" and "-", no digit
+    ///                     first
+    /// \param objectName     object inside it: letters, digits and "_"
+    /// \param interfaceName  interface of the object, without any prefix
+    /// \param flag           true takes the bus name of the module as well; false offers the object
+    ///                     alone
+    /// \param options        what is exported
+    /// Failure: one warning when the bus is missing, when the path is taken already in this
+    ///          process, or when the bus
+    /// name belongs to another process or is refused. The object lives on, unreachable; a missing
+    /// bus and a taken name are tried again when the bus or the name comes free.
     DBusServiceProviderBaseClass(const QString& moduleName, const QString& objectName,
                                  const QString& interfaceName, bool flag,
                                  const QFlags<QDBusConnection::RegisterOption>& options);

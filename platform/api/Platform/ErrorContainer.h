@@ -7,6 +7,7 @@ class PLATFORM_EXPORT ErrorContainer
 {
 public:
     /// The code of every error reply that a connector makes up itself. Never 0, which means "no
-    /// error". Threads: any.
+    /// error".
+    /// Threads: any.
     static int getDefaultErrorCode();
 };

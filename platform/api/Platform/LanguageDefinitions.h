@@ -10,6 +10,7 @@ class PLATFORM_EXPORT LanguageDefinitions
 {
 public:
     /// The language of last resort: the key under which a text is filed that exists in one form
-    /// only. Threads: any. The reference stays valid until the process ends.
+    /// only.
+    /// Threads: any. The reference stays valid until the process ends.
     static const QString& getSecondFallbackLanguageFilename();
 };

@@ -9,12 +9,15 @@ class PLATFORM_EXPORT PropertyManagerConst
 {
 public:
     /// First word of every bus name, such as "org.eventlist": a service is called "<prefix>.<module
-    /// name>". Threads: any. The reference stays valid until the process ends.
+    /// name>".
+    /// Threads: any. The reference stays valid until the process ends.
     static const QString& getDBusPrefix();
 
     /// The full path of a configuration folder, which may or may not exist.
     /// \param relativePath  path below the device's configuration, ending with "/"
     /// Failure: a path that would leave the configuration folder ("..", absolute) gives an empty
-    /// string, with a warning that names it. Threads: any.
+    ///          string, with a
+    /// warning that names it.
+    /// Threads: any.
     static QString getConfigurationFolderPath(const QString& relativePath);
 };

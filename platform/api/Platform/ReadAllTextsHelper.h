@@ -13,7 +13,8 @@ class PLATFORM_EXPORT ReadAllTextsHelper
 public:
     /// The text object of a text url: language key to text, for every language that has the text.
     /// Failure: an unknown url gives an empty map, without a warning; the caller decides what that
-    /// means. Threads: any.
+    ///          means.
+    /// Threads: any.
     static QVariantMap getAllTextsAsVariantMap(const TextManagerBase& textManager,
                                                const QString& url);
 };

@@ -9,6 +9,7 @@ class PLATFORM_EXPORT RecorderUrlHashHandling
 {
 public:
     /// The hash of the bytes as raw bytes, 20 of them; equal input gives equal output on every
-    /// device. Threads: any.
+    /// device.
+    /// Threads: any.
     static QByteArray createUrlHash(const QByteArray& url);
 };

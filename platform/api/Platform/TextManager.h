@@ -18,8 +18,9 @@ class PLATFORM_EXPORT TextManager : public TextManagerBase
 public:
     /// \param folder  folder with the *.qm files; empty makes a manager without texts
     /// Failure: a folder that is missing, and a file that is no language file, is too large or
-    /// cannot be read, give one warning with the path each; what can be read is used. Blocks: while
-    /// the files are read.
+    ///          cannot be read, give
+    /// one warning with the path each; what can be read is used.
+    /// Blocks:  while the files are read.
     explicit TextManager(const QString& folder);
     ~TextManager() override;
     Q_DISABLE_COPY(TextManager)

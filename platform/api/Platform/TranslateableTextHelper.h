@@ -13,8 +13,7 @@ class PLATFORM_EXPORT TranslateableTextHelper : public QObject
     Q_OBJECT
 public:
     /// \param text  a text that is the same in every language, filed under the language of last
-    /// resort; empty makes
-    ///              an empty helper
+    ///              resort; empty makes an empty helper
     explicit TranslateableTextHelper(const QString& text, QObject* parent = nullptr);
     ~TranslateableTextHelper() override;
 

@@ -23,15 +23,14 @@ class DBusConnectionParameter;
 /// to call it.
 ///
 /// The remote object is named by a module, an object and an interface: bus name "<prefix>.<module
-/// name>", path
-/// "/<object name>", interface as it stands. A connector is valid while the bus connection is alive
-/// and somebody owns that bus name; both are followed in the background, so asking costs no round
-/// trip and needs no event loop. When the bus itself was restarted, the connector finds its new
-/// connection at its next call or, for its signals, through the event loop of its thread.
+/// name>", path "/<object name>", interface as it stands. A connector is valid while the bus
+/// connection is alive and somebody owns that bus name; both are followed in the background, so
+/// asking costs no round trip and needs no event loop. When the bus itself was restarted, the
+/// connector finds its new connection at its next call or, for its signals, through the event loop
+/// of its thread.
 ///
 /// Blocks:  the first connector of a process waits for the first attempt to connect, at most 1 s,
-/// and for one answer of
-///          the bus. No later one waits for anything.
+///          and for one answer of the bus. No later one waits for anything.
 /// Threads: the thread that made it. Connectors of different threads do not disturb each other.
 class PLATFORM_EXPORT DBusConnectorBase : public QObject
 {
@@ -45,9 +44,10 @@ public:
 
     /// A connector that can place calls. Signals come only after initObject().
     /// \param moduleName     process that offers the object: letters, digits, "_" and "-", no digit
-    /// first \param objectName     the object inside it: letters, digits and "_" \param
-    /// interfaceName  its interface, without any prefix Failure: with a name that D-Bus forbids the
-    /// connector is never valid.
+    ///                     first
+    /// \param objectName     the object inside it: letters, digits and "_"
+    /// \param interfaceName  its interface, without any prefix
+    /// Failure: with a name that D-Bus forbids the connector is never valid.
     DBusConnectorBase(const QString& moduleName, const QString& objectName,
                       const QString& interfaceName, QObject* parent, ConnectionMode mode);
     DBusConnectorBase(const DBusConnectionParameter& parameter, QObject* parent,
@@ -93,16 +93,14 @@ protected Q_SLOTS:
 protected:
     /// Places a call and hands out the answer that will come.
     /// Failure: null when the connector is not valid, after one warning and dBusConnectionError().
-    /// A failure on the bus
-    ///          arrives in the reply.
+    ///          A failure on the bus arrives in the reply.
     /// Wire:    each argument as the D-Bus type of its value.
     template<typename... Args>
     DBusPendingReply::SharedPointer asyncCallHelper(const QString& method, Args&&... args) const;
 
     /// Places a call and forgets it.
     /// Failure: an error reply when the connector is not valid, after two equal warnings and
-    /// dBusConnectionError(). What
-    ///          happens to the call on the bus is never known.
+    ///          dBusConnectionError(). What happens to the call on the bus is never known.
     /// Blocks:  never.
     /// Wire:    as above, marked as expecting no reply.
     template<typename... Args>
@@ -110,11 +108,10 @@ protected:
 
     /// Places a call and waits for the answer, one D-Bus variant that holds a DBusReply.
     /// Failure: an error reply after two equal warnings and dBusConnectionError(), when the
-    /// connector is not valid or
-    ///          the call has failed. An answer of another shape is an empty reply.
+    ///          connector is not valid or the call has failed. An answer of another shape is an
+    ///          empty reply.
     /// Blocks:  until the answer is there, at most 25 s. A service that calls back into this thread
-    /// meanwhile waits as
-    ///          long.
+    ///          meanwhile waits as long.
     template<typename... Args>
     DBusReply syncCallHelper(const QString& method, Args&&... args) const;
 
