@@ -127,7 +127,7 @@ public:
     ///
     ///     "textSource"    i  EventsDBusDefinitions::TextSource
     ///     "moduleName"    s  module that owns the texts: this provider's, not empty
-    ///     "ObjectName"    s  entry of the list of text managers, or configuration folder; not empty
+    ///     "ObjectName"    s  entry of the list of text managers, or folder; not empty
     ///     "InstanceName"  s  name of the configuration instance; may be empty
     ///     "url"           s  text url, or path of the configuration leaf; not empty
     ///
