@@ -188,7 +188,8 @@ bool WarningRecorder::verify() const
 
 QByteArray WarningRecorder::describe(const Expectation& expectation)
 {
-    return (expectation.isPattern ? "warning matching " : "warning ") + expectation.text.toUtf8() +
+    return headOf(QtWarningMsg, expectation.category) +
+           (expectation.isPattern ? " matching " : " ") + expectation.text.toUtf8() +
            callSite(expectation.file, expectation.operation);
 }
 
