@@ -23,8 +23,9 @@ public:
     ///                name is refused.
     /// \param withProcessData  has no meaning here
     /// Failure: null, with one warning that names the file: missing, unreadable, larger than 16
-    ///          MiB, no JSON object,
-    /// a key twice in one object, nested deeper than 64, or outside the folder.
+    ///          MiB, no JSON object, a key twice in one object, nested deeper than 64, or outside
+    ///          the folder. Without a warning for the empty folder path, which
+    ///          getConfigurationFolderPath has warned about.
     /// Threads: any.
     static QSharedPointer<ConfigurationAndProcessDataBase>
     getParsedConfigurationProcessDescription(const QDir& folder, const QString& name,

@@ -23,7 +23,9 @@ PLATFORM_EXPORT bool readJsonObjectFromJson(const QString& key, const QJsonObjec
 /// all; an existing file is replaced in one step, and of two equal names the last one wins. A
 /// symbolic link at the path is replaced, its target stays untouched.
 /// \param path  full path; its folder must exist. It must not contain U+0000.
-/// Failure: false, and what stood at the path before stands there still. Nothing is logged here.
+/// Failure: false, and what stood at the path before stands there still, or nothing for a new name.
+///          Only when the folder cannot be synced after a file was replaced, the new one stands
+///          there, complete. Nothing is logged here.
 /// Blocks:  until the data and the directory entry are on the disk.
 /// Threads: any.
 PLATFORM_EXPORT bool writeJsonObjectToFile(const QJsonObject& object, const QString& path);

@@ -14,10 +14,10 @@ public:
     static const QString& getDBusPrefix();
 
     /// The full path of a configuration folder, which may or may not exist.
-    /// \param relativePath  path below the device's configuration, ending with "/"
-    /// Failure: a path that would leave the configuration folder ("..", absolute) gives an empty
-    ///          string, with a
-    /// warning that names it.
+    /// \param relativePath  path below the device's configuration, ending with "/"; "/" alone and
+    ///                      the empty path mean the configuration folder itself
+    /// Failure: a path that would leave the configuration folder ("..", absolute, a symbolic link
+    ///          that leads out) gives an empty string, with a warning that names it.
     /// Threads: any.
     static QString getConfigurationFolderPath(const QString& relativePath);
 };

@@ -1,0 +1,3 @@
+#include "Platform/TextManagerBase.h"
+
+TextManagerBase::~TextManagerBase() = default;

@@ -1,0 +1,262 @@
+#include "TestSupport/WarningRecorder.h"
+
+#include <QFileInfo>
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+namespace
+{
+// Never destroyed: messages may still come while the process ends.
+struct Handler
+{
+    std::mutex mutex;
+    std::vector<WarningRecorder*> recorders;
+    QtMessageHandler previous = nullptr;
+};
+
+Handler& handler()
+{
+    static Handler* const instance = new Handler;
+    return *instance;
+}
+
+bool isInLambda(const QString& function)
+{
+    return function.contains(QLatin1String("<lambda")) ||
+           function.contains(QLatin1String("(lambda")) ||
+           function.contains(QLatin1String("(anonymous class)"));
+}
+
+bool isOperation(const QString& function, const QString& operation)
+{
+    if (isInLambda(function) && !isInLambda(operation))
+    {
+        return false;
+    }
+    const QRegularExpression call(QStringLiteral("(^|[^A-Za-z0-9_])") +
+                                  QRegularExpression::escape(operation) + QStringLiteral("\\("));
+    return call.match(function).hasMatch();
+}
+
+const char* nameOf(QtMsgType type)
+{
+    switch (type)
+    {
+    case QtDebugMsg:
+        return "debug";
+    case QtInfoMsg:
+        return "info";
+    case QtWarningMsg:
+        return "warning";
+    case QtCriticalMsg:
+        return "critical";
+    case QtFatalMsg:
+        return "fatal";
+    }
+    return "unknown";
+}
+
+QByteArray callSite(const QString& file, const QString& operation)
+{
+    if (file.isEmpty() && operation.isEmpty())
+    {
+        return {};
+    }
+    return "  (" + file.toUtf8() + (file.isEmpty() || operation.isEmpty() ? "" : ", ") +
+           operation.toUtf8() + ")";
+}
+} // namespace
+
+WarningRecorder::WarningRecorder()
+{
+    start();
+}
+
+WarningRecorder::~WarningRecorder()
+{
+    stop();
+}
+
+void WarningRecorder::start()
+{
+    stop();
+    Handler& shared = handler();
+    const std::lock_guard<std::mutex> lock(shared.mutex);
+    m_expectations.clear();
+    m_messages.clear();
+    shared.recorders.push_back(this);
+    const QtMessageHandler before = qInstallMessageHandler(&WarningRecorder::handle);
+    if (before != &WarningRecorder::handle)
+    {
+        shared.previous = before;
+    }
+}
+
+void WarningRecorder::stop()
+{
+    Handler& shared = handler();
+    const std::lock_guard<std::mutex> lock(shared.mutex);
+    auto& recorders = shared.recorders;
+    recorders.erase(std::remove(recorders.begin(), recorders.end(), this), recorders.end());
+    if (recorders.empty())
+    {
+        const QtMessageHandler current = qInstallMessageHandler(shared.previous);
+        if (current != &WarningRecorder::handle)
+        {
+            // Somebody else has taken the log meanwhile.
+            qInstallMessageHandler(current);
+        }
+    }
+}
+
+void WarningRecorder::handle(QtMsgType type, const QMessageLogContext& context, const QString& text)
+{
+    Handler& shared = handler();
+    QtMessageHandler previous = nullptr;
+    {
+        const std::lock_guard<std::mutex> lock(shared.mutex);
+        if (type != QtFatalMsg && !shared.recorders.empty())
+        {
+            shared.recorders.back()->m_messages.append(
+                {type, QString::fromUtf8(context.category), text, QString::fromUtf8(context.file),
+                 QString::fromUtf8(context.function), context.line});
+            return;
+        }
+        previous = shared.previous;
+    }
+    if (previous != nullptr)
+    {
+        previous(type, context, text);
+        return;
+    }
+    std::fprintf(stderr, "%s\n", text.toUtf8().constData());
+}
+
+WarningRecorder& WarningRecorder::expect(const QString& text, const QString& file,
+                                         const QString& operation)
+{
+    m_expectations.append({text, file, operation, false});
+    return *this;
+}
+
+WarningRecorder& WarningRecorder::expectMatch(const QString& pattern, const QString& file,
+                                              const QString& operation)
+{
+    m_expectations.append({pattern, file, operation, true});
+    return *this;
+}
+
+bool WarningRecorder::matches(const Expectation& expectation, const LoggedMessage& message)
+{
+    if (message.type != QtWarningMsg)
+    {
+        return false;
+    }
+    const bool isTextRight =
+        expectation.isPattern
+            ? QRegularExpression(QRegularExpression::anchoredPattern(expectation.text),
+                                 QRegularExpression::DotMatchesEverythingOption)
+                  .match(message.text)
+                  .hasMatch()
+            : expectation.text == message.text;
+    return isTextRight &&
+           (expectation.file.isEmpty() ||
+            QFileInfo(message.file).completeBaseName() == expectation.file) &&
+           (expectation.operation.isEmpty() ||
+            isOperation(message.function, expectation.operation));
+}
+
+bool WarningRecorder::verify() const
+{
+    const QVector<LoggedMessage> recorded = messages();
+    return std::equal(m_expectations.cbegin(), m_expectations.cend(), recorded.cbegin(),
+                      recorded.cend(), &WarningRecorder::matches);
+}
+
+QByteArray WarningRecorder::describe(const Expectation& expectation)
+{
+    return (expectation.isPattern ? "warning matching " : "warning ") + expectation.text.toUtf8() +
+           callSite(expectation.file, expectation.operation);
+}
+
+QByteArray WarningRecorder::describe(const LoggedMessage& message)
+{
+    QByteArray head = nameOf(message.type);
+    if (message.category != QLatin1String("default"))
+    {
+        head += " [" + message.category.toUtf8() + "]";
+    }
+    const QString file = message.file.isEmpty()
+                             ? QString()
+                             : message.file + QLatin1Char(':') + QString::number(message.line);
+    return head + " " + message.text.toUtf8() + callSite(file, message.function);
+}
+
+QByteArray WarningRecorder::report() const
+{
+    const QVector<LoggedMessage> recorded = messages();
+    const int expectedCount = m_expectations.size();
+    const int recordedCount = recorded.size();
+    // Longest common sequence, so that one missing warning does not put all later ones in the wrong.
+    std::vector<std::vector<int>> common(size_t(expectedCount) + 1,
+                                         std::vector<int>(size_t(recordedCount) + 1, 0));
+    for (int i = expectedCount - 1; i >= 0; --i)
+    {
+        for (int j = recordedCount - 1; j >= 0; --j)
+        {
+            common[size_t(i)][size_t(j)] =
+                matches(m_expectations[i], recorded[j])
+                    ? common[size_t(i) + 1][size_t(j) + 1] + 1
+                    : std::max(common[size_t(i) + 1][size_t(j)], common[size_t(i)][size_t(j) + 1]);
+        }
+    }
+    QByteArray text = "Messages: = as expected, - missing, + not expected";
+    int i = 0;
+    int j = 0;
+    while (i < expectedCount || j < recordedCount)
+    {
+        if (i < expectedCount && j < recordedCount && matches(m_expectations[i], recorded[j]))
+        {
+            text += "\n  = " + describe(recorded[j]);
+            ++i;
+            ++j;
+        }
+        else if (j == recordedCount || (i < expectedCount && common[size_t(i) + 1][size_t(j)] >=
+                                                                 common[size_t(i)][size_t(j) + 1]))
+        {
+            text += "\n  - " + describe(m_expectations[i++]);
+        }
+        else
+        {
+            text += "\n  + " + describe(recorded[j++]);
+        }
+    }
+    return text;
+}
+
+QVector<LoggedMessage> WarningRecorder::messages() const
+{
+    const std::lock_guard<std::mutex> lock(handler().mutex);
+    return m_messages;
+}
+
+QStringList WarningRecorder::texts() const
+{
+    QStringList result;
+    for (const LoggedMessage& message : messages())
+    {
+        result.append(message.text);
+    }
+    return result;
+}
+
+QVector<LoggedMessage> WarningRecorder::take()
+{
+    const std::lock_guard<std::mutex> lock(handler().mutex);
+    QVector<LoggedMessage> result;
+    result.swap(m_messages);
+    return result;
+}
