@@ -59,6 +59,16 @@ const char* nameOf(QtMsgType type)
     return "unknown";
 }
 
+QByteArray headOf(QtMsgType type, const QString& category)
+{
+    QByteArray head = nameOf(type);
+    if (category != QLatin1String("default"))
+    {
+        head += " [" + category.toUtf8() + "]";
+    }
+    return head;
+}
+
 QByteArray callSite(const QString& file, const QString& operation)
 {
     if (file.isEmpty() && operation.isEmpty())
@@ -136,22 +146,22 @@ void WarningRecorder::handle(QtMsgType type, const QMessageLogContext& context, 
 }
 
 WarningRecorder& WarningRecorder::expect(const QString& text, const QString& file,
-                                         const QString& operation)
+                                         const QString& operation, const QString& category)
 {
-    m_expectations.append({text, file, operation, false});
+    m_expectations.append({text, file, operation, category, false});
     return *this;
 }
 
 WarningRecorder& WarningRecorder::expectMatch(const QString& pattern, const QString& file,
-                                              const QString& operation)
+                                              const QString& operation, const QString& category)
 {
-    m_expectations.append({pattern, file, operation, true});
+    m_expectations.append({pattern, file, operation, category, true});
     return *this;
 }
 
 bool WarningRecorder::matches(const Expectation& expectation, const LoggedMessage& message)
 {
-    if (message.type != QtWarningMsg)
+    if (message.type != QtWarningMsg || message.category != expectation.category)
     {
         return false;
     }
@@ -178,21 +188,18 @@ bool WarningRecorder::verify() const
 
 QByteArray WarningRecorder::describe(const Expectation& expectation)
 {
-    return (expectation.isPattern ? "warning matching " : "warning ") + expectation.text.toUtf8() +
+    return headOf(QtWarningMsg, expectation.category) +
+           (expectation.isPattern ? " matching " : " ") + expectation.text.toUtf8() +
            callSite(expectation.file, expectation.operation);
 }
 
 QByteArray WarningRecorder::describe(const LoggedMessage& message)
 {
-    QByteArray head = nameOf(message.type);
-    if (message.category != QLatin1String("default"))
-    {
-        head += " [" + message.category.toUtf8() + "]";
-    }
     const QString file = message.file.isEmpty()
                              ? QString()
                              : message.file + QLatin1Char(':') + QString::number(message.line);
-    return head + " " + message.text.toUtf8() + callSite(file, message.function);
+    return headOf(message.type, message.category) + " " + message.text.toUtf8() +
+           callSite(file, message.function);
 }
 
 QByteArray WarningRecorder::report() const

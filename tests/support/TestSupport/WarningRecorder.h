@@ -61,13 +61,16 @@ public:
     /// \param file       name of the source file without folder and ending; empty for any
     /// \param operation  the function as "Class::operation"; empty for any. A lambda inside the
     ///                   function is another function.
+    /// \param category   of the log; that of the library's warnings is "default"
     WarningRecorder& expect(const QString& text, const QString& file = QString(),
-                            const QString& operation = QString());
+                            const QString& operation = QString(),
+                            const QString& category = QStringLiteral("default"));
 
     /// The same, with text that a regular expression has to match as a whole: for what differs from
     /// run to run, such as the path of a temporary folder.
     WarningRecorder& expectMatch(const QString& pattern, const QString& file = QString(),
-                                 const QString& operation = QString());
+                                 const QString& operation = QString(),
+                                 const QString& category = QStringLiteral("default"));
 
     /// Whether what was recorded until now is exactly what was expected. Nothing is forgotten.
     bool verify() const;
@@ -91,6 +94,7 @@ private:
         QString text;
         QString file;
         QString operation;
+        QString category;
         bool isPattern = false;
     };
 
