@@ -188,6 +188,12 @@ class RecordingService:
         self.records = []
         return {}
 
+    def command_reset(self, command):
+        self.records = []
+        self.rules = {}
+        self.held.clear()
+        return {}
+
     def command_answer(self, command):
         rule = command["rule"]
         if rule["answer"] not in ("reply", "error", "nothing", "hold"):

@@ -301,6 +301,11 @@ void ForeignService::clear()
     }
 }
 
+bool ForeignService::reset()
+{
+    return isOk(execute(commandNamed("reset")));
+}
+
 bool ForeignService::setRule(const QString& member, const QJsonObject& rule)
 {
     QJsonObject command = commandNamed("answer");
