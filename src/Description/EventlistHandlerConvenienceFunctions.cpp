@@ -1,0 +1,287 @@
+#include "Description/EventlistHandlerConvenienceFunctions.h"
+
+#include "Definitions/EventlistHandlerDefinitions.h"
+
+#include "Platform/JsonFunctions.h"
+#include "Platform/LanguageDefinitions.h"
+#include "Platform/ReadAllTextsHelper.h"
+#include "Platform/TextManager.h"
+#include "Platform/TranslateableTextHelper.h"
+
+#include <QDebug>
+#include <QJsonObject>
+#include <QMap>
+#include <QStringList>
+
+namespace
+{
+
+const QString keyArgumentType(QLatin1String("type"));
+const QString keyArgumentValue(QLatin1String("value"));
+const QString argumentTypeString(QLatin1String("string"));
+const QString argumentTypeText(QLatin1String("text"));
+
+// All texts of one event together. Arguments that contain placeholders multiply: without a bound a
+// few hundred bytes grow into gigabytes.
+constexpr qint64 maximumTextUnits = 16 * 1024 * 1024;
+
+QJsonObject argumentObject(const QString& type, const QJsonValue& value)
+{
+    QJsonObject object;
+    object.insert(keyArgumentValue, value);
+    object.insert(keyArgumentType, type);
+    return object;
+}
+
+// Into a JSON object in sorted order: each insertion in the middle moves all that stands behind it.
+void insertSorted(QJsonObject& argumentsObject, const QMap<QString, QJsonObject>& arguments)
+{
+    for (auto argument = arguments.cbegin(); argument != arguments.cend(); ++argument)
+    {
+        argumentsObject.insert(argument.key(), argument.value());
+    }
+}
+
+QString pathOf(const QString& placeholder, const QString& member)
+{
+    return placeholder + QLatin1Char('/') + member;
+}
+
+qint64 sizeAfterReplacement(const QString& text, const QString& placeholder,
+                            const QString& argument)
+{
+    return qint64(text.size()) +
+           qint64(text.count(placeholder)) * (argument.size() - placeholder.size());
+}
+
+// What QString::replace gives, an empty placeholder included, but in one pass: that one moves the
+// rest of the text again and again when it grows at many places.
+QString replaceAll(const QString& text, const QString& placeholder, const QString& argument)
+{
+    int found = text.indexOf(placeholder);
+    if (found < 0)
+    {
+        return text;
+    }
+    QString result;
+    result.reserve(int(sizeAfterReplacement(text, placeholder, argument)));
+    int copied = 0;
+    while (found >= 0)
+    {
+        result.append(text.constData() + copied, found - copied);
+        result.append(argument);
+        copied = found + placeholder.size();
+        found = text.indexOf(placeholder, placeholder.isEmpty() ? copied + 1 : copied);
+    }
+    result.append(text.constData() + copied, text.size() - copied);
+    return result;
+}
+
+// True when the texts may be replaced. The exact count is made only where the limit is in reach.
+bool staysBelowLimit(const QVariantMap& textList, const QString& placeholder,
+                     const QStringList& arguments)
+{
+    qint64 before = 0;
+    qint64 mostAfter = 0;
+    auto argument = arguments.cbegin();
+    for (const QVariant& text : textList)
+    {
+        const qint64 size = text.toString().size();
+        before += size;
+        mostAfter += size + (size / qMax(1, placeholder.size()) + 1) * argument->size();
+        ++argument;
+    }
+    if (mostAfter <= maximumTextUnits)
+    {
+        return true;
+    }
+    qint64 after = 0;
+    argument = arguments.cbegin();
+    for (const QVariant& text : textList)
+    {
+        after += sizeAfterReplacement(text.toString(), placeholder, *argument);
+        ++argument;
+    }
+    return after <= maximumTextUnits || after <= before;
+}
+
+// The arguments are those of the languages of the list, in its order. False leaves the texts alone.
+bool replaceInAll(QVariantMap& textList, const QString& placeholder, const QStringList& arguments)
+{
+    if (!staysBelowLimit(textList, placeholder, arguments))
+    {
+        return false;
+    }
+    auto argument = arguments.cbegin();
+    for (QVariant& text : textList)
+    {
+        text = replaceAll(text.toString(), placeholder, *argument);
+        ++argument;
+    }
+    return true;
+}
+
+} // namespace
+
+EventlistHandlerConvenienceFunctions::EventlistHandlerConvenienceFunctions() = default;
+
+EventlistHandlerConvenienceFunctions::~EventlistHandlerConvenienceFunctions() = default;
+
+void EventlistHandlerConvenienceFunctions::generateMetaData(
+    QJsonObject& metaData, const QVariantMap& textObject,
+    const QList<EventlistHandlerStructs::stDescriptionArgument>& arguments,
+    const QList<stDescriptionUrlArgument>& urlArguments, const QString& description)
+{
+    QJsonObject scheme = QJsonObject::fromVariantMap(textObject);
+    if (textObject.isEmpty())
+    {
+        qWarning() << "No description data:" << description;
+        scheme.insert(LanguageDefinitions::getSecondFallbackLanguageFilename(), description);
+    }
+    metaData.insert(EventlistHandlerDefinitions::getKeyMetaDataDescriptionScheme(), scheme);
+
+    QJsonObject argumentsObject;
+    generateJsonObjectDescriptionArguments(argumentsObject, arguments);
+    // The url arguments go in second: an equal placeholder ends as a text argument.
+    generateJsonObjectDescriptionUrlArguments(argumentsObject, urlArguments);
+    metaData.insert(EventlistHandlerDefinitions::getKeyMetaDataArguments(), argumentsObject);
+}
+
+void EventlistHandlerConvenienceFunctions::generateMetaData(
+    QJsonObject& metaData, const QVariantMap& textObject,
+    const QList<EventlistHandlerStructs::stDescriptionArgument>& arguments,
+    const QList<EventlistHandlerStructs::stDescriptionArgument>& urlArguments,
+    const TextManager& textManager, const QString& description)
+{
+    QList<stDescriptionUrlArgument> resolvedUrlArguments;
+    for (const auto& urlArgument : urlArguments)
+    {
+        resolvedUrlArguments.append(
+            {urlArgument.placeholder,
+             ReadAllTextsHelper::getAllTextsAsVariantMap(textManager, urlArgument.argument)});
+    }
+    generateMetaData(metaData, textObject, arguments, resolvedUrlArguments, description);
+}
+
+void EventlistHandlerConvenienceFunctions::generateJsonObjectDescriptionArguments(
+    QJsonObject& argumentsObject,
+    const QList<EventlistHandlerStructs::stDescriptionArgument>& arguments)
+{
+    QMap<QString, QJsonObject> objects;
+    for (const auto& argument : arguments)
+    {
+        objects.insert(argument.placeholder, argumentObject(argumentTypeString, argument.argument));
+    }
+    insertSorted(argumentsObject, objects);
+}
+
+void EventlistHandlerConvenienceFunctions::generateJsonObjectDescriptionUrlArguments(
+    QJsonObject& argumentsObject, const QList<stDescriptionUrlArgument>& urlArguments)
+{
+    QMap<QString, QJsonObject> objects;
+    for (const auto& argument : urlArguments)
+    {
+        objects.insert(
+            argument.placeholder,
+            argumentObject(argumentTypeText, QJsonObject::fromVariantMap(argument.textObject)));
+    }
+    insertSorted(argumentsObject, objects);
+}
+
+void EventlistHandlerConvenienceFunctions::generateDescriptionTextlist(QVariantMap& textList,
+                                                                       const QJsonObject& metaData)
+{
+    const QString& keyScheme = EventlistHandlerDefinitions::getKeyMetaDataDescriptionScheme();
+    QJsonValue scheme;
+    if (!readJsonValue(keyScheme, metaData, scheme))
+    {
+        qWarning() << "Key" << keyScheme << "not fount in metaData";
+        return;
+    }
+    textList = scheme.toVariant().toMap();
+    if (textList.isEmpty())
+    {
+        qWarning() << "DescriptionsScheme without data. The QVariantMap is empty";
+        return;
+    }
+    const QString& keyArguments = EventlistHandlerDefinitions::getKeyMetaDataArguments();
+    QJsonObject arguments;
+    if (!readJsonObjectFromJson(keyArguments, metaData, arguments))
+    {
+        qWarning() << "Key" << keyArguments << "not fount in metaData";
+        return;
+    }
+    replacePlaceholder(textList, arguments);
+}
+
+void EventlistHandlerConvenienceFunctions::replacePlaceholder(QVariantMap& textList,
+                                                              const QJsonObject& arguments)
+{
+    const QStringList placeholders = arguments.keys();
+    for (const QString& placeholder : placeholders)
+    {
+        QString type;
+        if (!readStringValueFromJson(pathOf(placeholder, keyArgumentType), arguments, type))
+        {
+            qWarning() << "No key" << keyArgumentType << "from placeholder" << placeholder;
+            continue;
+        }
+        const bool isText = type == argumentTypeText;
+        if (!isText && type != argumentTypeString)
+        {
+            qWarning() << "Unknown type" << type << "from placeholder" << placeholder;
+            continue;
+        }
+        const QString valuePath = pathOf(placeholder, keyArgumentValue);
+        QJsonValue texts;
+        QString text;
+        if (isText ? !readJsonValue(valuePath, arguments, texts)
+                   : !readStringValueFromJson(valuePath, arguments, text))
+        {
+            qWarning() << "Unknown key value" << keyArgumentValue << "from placeholder"
+                       << placeholder;
+            continue;
+        }
+        if (isText)
+        {
+            replacePlaceholderWithArgumentText(textList, placeholder, texts.toVariant().toMap());
+        }
+        else
+        {
+            replacePlaceholderWithArgumentString(textList, placeholder, text);
+        }
+    }
+}
+
+void EventlistHandlerConvenienceFunctions::replacePlaceholderWithArgumentString(
+    QVariantMap& textList, const QString& placeholder, const QString& argument)
+{
+    QStringList arguments;
+    arguments.reserve(textList.size());
+    for (int i = 0; i < textList.size(); ++i)
+    {
+        arguments.append(argument);
+    }
+    if (!replaceInAll(textList, placeholder, arguments))
+    {
+        qWarning() << "Texts would grow too large. Placeholder not replaced:" << placeholder;
+    }
+}
+
+void EventlistHandlerConvenienceFunctions::replacePlaceholderWithArgumentText(
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes the map by value.
+    QVariantMap& textList, const QString& placeholder, QVariantMap argumentTexts)
+{
+    TranslateableTextHelper helper(QString(), nullptr);
+    helper.setTranslateableTextObject(argumentTexts);
+    QStringList arguments;
+    arguments.reserve(textList.size());
+    for (auto text = textList.cbegin(); text != textList.cend(); ++text)
+    {
+        arguments.append(helper.getText(text.key()));
+    }
+    if (!replaceInAll(textList, placeholder, arguments))
+    {
+        qWarning() << "Texts would grow too large. Placeholder not replaced:" << placeholder;
+    }
+}

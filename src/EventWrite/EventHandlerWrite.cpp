@@ -1,0 +1,51 @@
+#include "EventWrite/EventHandlerWrite.h"
+
+#include "EventWrite/EventlistHandlerDBusConnectorWrite.h"
+
+#include "Platform/TranslateableTextHelper.h"
+
+#include <QDebug>
+#include <QJsonObject>
+#include <QVariant>
+
+EventHandlerWrite::EventHandlerWrite(const QString& moduleName, QObject* parent)
+    : QObject(parent),
+      m_moduleName(moduleName),
+      m_connector(EventlistHandlerDBusConnectorWrite::createAndConnect(false))
+{
+}
+
+EventHandlerWrite::~EventHandlerWrite() = default;
+
+void EventHandlerWrite::setEventToFile(const QString& fileName)
+{
+    m_bEventToFile = true;
+    m_eventToFileName = fileName;
+}
+
+void EventHandlerWrite::logEvent(EventlistHandlerEnums::EventType eventType,
+                                 EventlistHandlerEnums::State state, const QString& icon,
+                                 const QStringList& keywords,
+                                 const QVariantMap& descriptionTextList, const QString& user,
+                                 const QString& eventId, const QJsonObject& metaData,
+                                 const QString& alarmId, const QString& sourceHashes,
+                                 EventlistHandlerEnums::SourceHashType sourceHashType)
+{
+    TranslateableTextHelper helper(QString(), nullptr);
+    helper.setTranslateableTextObject(descriptionTextList);
+    const QVariant description = helper.getTranslateableTextObjectAsJsonString();
+    if (m_bEventToFile)
+    {
+        m_eventToFile.logEvent(eventType, state, icon, m_moduleName, description, keywords, user,
+                               eventId, metaData, alarmId, sourceHashes, sourceHashType,
+                               m_eventToFileName);
+        return;
+    }
+    if (m_connector.isNull())
+    {
+        qWarning() << "Invalid pointer to connector!";
+        return;
+    }
+    m_connector->logEvent(eventType, state, icon, m_moduleName, description, keywords, user,
+                          eventId, metaData, alarmId, sourceHashes, sourceHashType);
+}
