@@ -31,6 +31,7 @@ public:
     /// \param objectName  object inside that module
     /// \param signalName  D-Bus name of the signal; it is taken from any interface of the object
     /// \param flag        has no meaning here
+    /// Failure: one warning, and silence for ever, when D-Bus forbids one of the names.
     DBusConnectionSignalPollingHandler(const QString& moduleName, const QString& objectName,
                                        const QString& signalName, SlotSignature signature,
                                        bool flag);
@@ -52,5 +53,5 @@ public:
 
 private:
     class Private;
-    const std::shared_ptr<Private> d;
+    std::unique_ptr<Private> d;
 };

@@ -8,8 +8,6 @@
 #include <QSharedPointer>
 #include <QVariantList>
 
-class QDBusPendingCallWatcher;
-
 /// The answer to an asynchronous call, now or later. Belongs to the thread that placed the call:
 /// use it and release it there.
 ///
@@ -55,5 +53,5 @@ protected:
 
 private:
     QDBusPendingCall m_call;
-    QDBusPendingCallWatcher* m_watcher = nullptr;
+    bool m_isAnnounced = false;
 };

@@ -1,0 +1,8 @@
+#include "Platform/DBusConnection.h"
+
+#include "DBusTracker.h"
+
+QDBusConnection DBusConnection::getQDBusConnection()
+{
+    return DBusTracker::instance().connection();
+}

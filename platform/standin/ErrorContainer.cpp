@@ -1,0 +1,6 @@
+#include "Platform/ErrorContainer.h"
+
+int ErrorContainer::getDefaultErrorCode()
+{
+    return 1;
+}
