@@ -96,6 +96,11 @@ QString CentralServiceTest::quoted(const QString& text)
     return result;
 }
 
+QString CentralServiceTest::json(const char* text)
+{
+    return QString::fromUtf8(text).replace(QLatin1Char('\''), QLatin1Char('"'));
+}
+
 void CentralServiceTest::expectRefusedCall(const DBusConnectorBase& connector)
 {
     const QString text = quoted(connector.getInvalidDBusInterfaceMessage());
