@@ -303,6 +303,7 @@ void ForeignService::clear()
 
 bool ForeignService::reset()
 {
+    m_records.clear();
     return isOk(execute(commandNamed("reset")));
 }
 
