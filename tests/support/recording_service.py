@@ -181,10 +181,17 @@ class RecordingService:
         return {"count": len(self.records)}
 
     def command_received(self, command):
-        return {"received": self.records[int(command.get("from", 0)):]}
+        first = int(command.get("from", 0))
+        return {"received": self.records[first:first + int(command.get("count", len(self.records)))]}
 
     def command_clear(self, command):
         self.records = []
+        return {}
+
+    def command_reset(self, command):
+        self.records = []
+        self.rules = {}
+        self.held.clear()
         return {}
 
     def command_answer(self, command):

@@ -15,6 +15,7 @@ private Q_SLOTS:
     void failsOnAnUnexpectedWarning();
     void failsOnAMissingWarning();
     void showsEveryWarning();
+    void showsWhatCameTooLateForAnyTest();
 
 private:
     QByteArray outputOf(const char* function);
@@ -79,6 +80,15 @@ void tst_VerifyWarnings::showsEveryWarning()
 
     QCOMPARE(output.count("+ warning A warning"), 100);
     QVERIFY2(output.contains("+ warning The last one"), output.right(200).constData());
+}
+
+void tst_VerifyWarnings::showsWhatCameTooLateForAnyTest()
+{
+    const QByteArray output = outputOf("isSilent");
+
+    QVERIFY2(output.contains("Nobody has looked at: warning A warning that nobody looks at"),
+             output.constData());
+    QCOMPARE(output.count("A warning after the end"), 1);
 }
 
 QTEST_GUILESS_MAIN(tst_VerifyWarnings)

@@ -16,6 +16,7 @@ private Q_SLOTS:
     void warnsUnexpectedly() { qWarning() << "No power on" << QStringLiteral("pump 3"); }
     void misses() { m_warnings.expect(QStringLiteral("Overflow")); }
     void warnsAtLength();
+    void cleanupTestCase() { qWarning("A warning that nobody looks at"); }
 
 private:
     WarningRecorder m_warnings;
@@ -36,5 +37,14 @@ void victim_warns::warnsAtLength()
     qWarning("The last one");
 }
 
-QTEST_GUILESS_MAIN(victim_warns)
+int main(int argc, char** argv)
+{
+    int result = 0;
+    {
+        victim_warns test;
+        result = QTest::qExec(&test, argc, argv);
+    }
+    qWarning("A warning after the end");
+    return result;
+}
 #include "victim_warns.moc"

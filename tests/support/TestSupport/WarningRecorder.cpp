@@ -80,45 +80,57 @@ QByteArray callSite(const QString& file, const QString& operation)
 }
 } // namespace
 
-WarningRecorder::WarningRecorder()
-{
-    start();
-}
+WarningRecorder::WarningRecorder() : m_before(beginAnew()) {}
 
 WarningRecorder::~WarningRecorder()
 {
-    stop();
+    Handler& shared = handler();
+    const std::lock_guard<std::mutex> lock(shared.mutex);
+    showUnseen();
+    auto& recorders = shared.recorders;
+    recorders.erase(std::remove(recorders.begin(), recorders.end(), this), recorders.end());
+    if (!recorders.empty())
+    {
+        return;
+    }
+    // Not to the handler that was there last: that of QtTest is of no use once QtTest has ended.
+    const QtMessageHandler current = qInstallMessageHandler(m_before);
+    if (current != &WarningRecorder::handle)
+    {
+        // Somebody else has taken the log meanwhile.
+        qInstallMessageHandler(current);
+    }
 }
 
 void WarningRecorder::start()
 {
-    stop();
+    beginAnew();
+}
+
+QtMessageHandler WarningRecorder::beginAnew()
+{
     Handler& shared = handler();
     const std::lock_guard<std::mutex> lock(shared.mutex);
+    showUnseen();
     m_expectations.clear();
     m_messages.clear();
-    shared.recorders.push_back(this);
+    m_seenCount = 0;
+    auto& recorders = shared.recorders;
+    recorders.erase(std::remove(recorders.begin(), recorders.end(), this), recorders.end());
+    recorders.push_back(this);
     const QtMessageHandler before = qInstallMessageHandler(&WarningRecorder::handle);
     if (before != &WarningRecorder::handle)
     {
         shared.previous = before;
     }
+    return shared.previous;
 }
 
-void WarningRecorder::stop()
+void WarningRecorder::showUnseen() const
 {
-    Handler& shared = handler();
-    const std::lock_guard<std::mutex> lock(shared.mutex);
-    auto& recorders = shared.recorders;
-    recorders.erase(std::remove(recorders.begin(), recorders.end(), this), recorders.end());
-    if (recorders.empty())
+    for (int i = m_seenCount; i < m_messages.size(); ++i)
     {
-        const QtMessageHandler current = qInstallMessageHandler(shared.previous);
-        if (current != &WarningRecorder::handle)
-        {
-            // Somebody else has taken the log meanwhile.
-            qInstallMessageHandler(current);
-        }
+        std::fprintf(stderr, "Nobody has looked at: %s\n", describe(m_messages.at(i)).constData());
     }
 }
 
@@ -140,9 +152,7 @@ void WarningRecorder::handle(QtMsgType type, const QMessageLogContext& context, 
     if (previous != nullptr)
     {
         previous(type, context, text);
-        return;
     }
-    std::fprintf(stderr, "%s\n", text.toUtf8().constData());
 }
 
 WarningRecorder& WarningRecorder::expect(const QString& text, const QString& file,
@@ -247,6 +257,7 @@ QByteArray WarningRecorder::report() const
 QVector<LoggedMessage> WarningRecorder::messages() const
 {
     const std::lock_guard<std::mutex> lock(handler().mutex);
+    m_seenCount = m_messages.size();
     return m_messages;
 }
 
@@ -265,5 +276,6 @@ QVector<LoggedMessage> WarningRecorder::take()
     const std::lock_guard<std::mutex> lock(handler().mutex);
     QVector<LoggedMessage> result;
     result.swap(m_messages);
+    m_seenCount = 0;
     return result;
 }

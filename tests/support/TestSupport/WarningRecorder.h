@@ -38,7 +38,7 @@ struct LoggedMessage
 /// }
 /// \endcode
 /// As a local object it watches from its construction to its end. When several watch, the youngest
-/// gets the message.
+/// gets the message. What came after the last look at it goes to the standard error.
 ///
 /// Threads: messages are taken from every thread. The rest is for the thread that made it.
 class WarningRecorder
@@ -52,9 +52,6 @@ public:
     /// Begins anew: forgets what was recorded and what was expected. QtTest puts its own handler in
     /// place when it begins, so a recorder that is a field of the test class needs this in init().
     void start();
-
-    /// Hands the messages back to whoever had them before.
-    void stop();
 
     /// Expects one more warning, after all that were expected before.
     /// \param text       the whole text as it is logged, quotes and blanks included
@@ -98,6 +95,8 @@ private:
         bool isPattern = false;
     };
 
+    QtMessageHandler beginAnew();
+    void showUnseen() const;
     static void handle(QtMsgType type, const QMessageLogContext& context, const QString& text);
     static bool matches(const Expectation& expectation, const LoggedMessage& message);
     static QByteArray describe(const Expectation& expectation);
@@ -107,6 +106,9 @@ private:
     QVector<Expectation> m_expectations;
     // Guarded by the mutex of the handler.
     QVector<LoggedMessage> m_messages;
+    mutable int m_seenCount = 0;
+    // Fixed at construction. Last, because messages come in from then on.
+    const QtMessageHandler m_before;
 };
 
 /// Fails the test function when the messages are not those that were expected, and shows both. Not
