@@ -74,7 +74,7 @@ void MachineWatch::report()
 {
     m_reports.logEvent({{QStringLiteral("%1"), text(m_readings.load)},
                         {QStringLiteral("%2"), text(m_readings.memoryPercent)},
-                        {QStringLiteral("%3"), text(m_readings.diskPercent)},
+                        {QStringLiteral("%3"), diskText()},
                         {QStringLiteral("%4"), m_readings.uptimeText()}});
 }
 
@@ -100,10 +100,12 @@ void MachineWatch::logWithoutText()
 
 QString MachineWatch::line() const
 {
-    const QString disk = m_readings.diskPercent < 0
-                             ? QStringLiteral("no folder")
-                             : text(m_readings.diskPercent, QStringLiteral(" %"));
     return QStringLiteral("load ") + text(m_readings.load) + QStringLiteral(", memory ") +
-           text(m_readings.memoryPercent) + QStringLiteral(" %, disk ") + disk +
-           QStringLiteral(", up ") + m_readings.uptimeText();
+           text(m_readings.memoryPercent) + QStringLiteral(" %, disk ") + diskText() +
+           QStringLiteral(" %, up ") + m_readings.uptimeText();
+}
+
+QString MachineWatch::diskText() const
+{
+    return m_readings.diskPercent < 0 ? QStringLiteral("?") : text(m_readings.diskPercent);
 }

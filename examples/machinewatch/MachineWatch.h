@@ -52,6 +52,7 @@ private:
     };
 
     void addWatched(const QString& name, const QString& nameUrl, const QString& unit, double limit);
+    QString diskText() const;
 
     const TextManager& m_texts;
     const QString m_folder;
