@@ -269,6 +269,7 @@ void EventlistHandlerConvenienceFunctions::replacePlaceholderWithArgumentString(
 }
 
 void EventlistHandlerConvenienceFunctions::replacePlaceholderWithArgumentText(
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes the map by value.
     QVariantMap& textList, const QString& placeholder, QVariantMap argumentTexts)
 {
     TranslateableTextHelper helper(QString(), nullptr);

@@ -44,7 +44,6 @@ void CentralServiceTest::cleanup()
 
 void CentralServiceTest::cleanupTestCase()
 {
-    m_warnings.stop();
     m_probe.reset();
 }
 

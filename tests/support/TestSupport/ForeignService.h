@@ -164,6 +164,8 @@ private:
     const QTemporaryDir m_folder;
     std::unique_ptr<ChildProcess> m_process;
     QString m_uniqueName;
+    // What has been fetched already.
+    QVector<RecordedMessage> m_records;
     QByteArray m_errorText;
 };
 
