@@ -21,7 +21,7 @@ function(eventlisthandler_target_defaults target)
     if(EVENTLISTHANDLER_SANITIZERS)
         target_compile_options(${target} PRIVATE
             -fsanitize=${EVENTLISTHANDLER_SANITIZERS} -fno-omit-frame-pointer)
-        if(NOT EVENTLISTHANDLER_SANITIZERS STREQUAL "thread")
+        if(EVENTLISTHANDLER_SANITIZERS MATCHES "undefined")
             target_compile_options(${target} PRIVATE -fno-sanitize-recover=undefined)
         endif()
         target_link_options(${target} PRIVATE -fsanitize=${EVENTLISTHANDLER_SANITIZERS})

@@ -457,7 +457,7 @@ std::shared_ptr<DBusRemoteObject> DBusTracker::remoteObject(const QString& modul
     const std::shared_ptr<DBusRemoteObject> object = entry;
     if (object->address.isAllowed && !object->m_hasBeenAwaited)
     {
-        waitBriefly(lock, [&] { return object->m_generation == m_generation; });
+        waitBriefly(lock, [&] { return m_link && object->m_generation == m_generation; });
         object->m_hasBeenAwaited = true;
     }
     return object;

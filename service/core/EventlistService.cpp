@@ -93,17 +93,31 @@ void EventlistService::stop()
     m_database.close();
 }
 
-void EventlistService::takeEvent(const DecodedEvent& decoded, const QString& sender)
+void EventlistService::onReachable()
+{
+    m_eventlistSignal.touch();
+    if (m_isTellingAllWanted)
+    {
+        m_alarmlistSignal.touch();
+        const AlarmList::States& now = m_alarms.states();
+        Q_EMIT alarmStatesChanged(now, {!now.hasAlarm, !now.hasActiveAlarm, !now.hasFault,
+                                        !now.hasActiveFault, !now.isCentralDetectorActive});
+    }
+    m_isTellingAllWanted = true;
+}
+
+bool EventlistService::admitsEvent(const QString& sender)
 {
     if (!m_senders.admitEvent(sender))
     {
-        return;
+        return false;
     }
-    if (m_isSuppressed)
-    {
-        ++m_suppressedEvents;
-        return;
-    }
+    m_suppressedEvents += m_isSuppressed;
+    return !m_isSuppressed;
+}
+
+void EventlistService::takeEvent(const DecodedEvent& decoded, const QString& sender)
+{
     if (!decoded.isGood())
     {
         ++m_refusedEvents;
@@ -327,12 +341,8 @@ void EventlistService::logStart()
                             m_database.metaValue(bootKey()).toString() == m_settings.bootId;
     logOwn(isSameBoot ? m_ownEvents.restarted() : m_ownEvents.powerOn());
     m_database.setMetaValue(bootKey(), m_settings.bootId);
-    if (m_database.metaValue(cleanKey()).toInt() == 0)
-    {
-        // The end may have come between a change and its signal.
-        m_hasChangedAlarms = m_alarms.rowCount() > 0;
-        m_toldStates = AlarmList::States();
-    }
+    // After any other end a change may stand in the file that was never told.
+    m_isTellingAllWanted = m_database.metaValue(cleanKey()).toInt() == 0;
     m_database.setMetaValue(cleanKey(), 0);
 }
 

@@ -71,6 +71,14 @@ public:
 
     SenderRegistry& senders() { return m_senders; }
 
+    /// To be called whenever the service has become reachable: what changed while nobody could hear
+    /// it is told now.
+    void onReachable();
+
+    /// Counts an event of a sender before anything is spent on it.
+    /// \return false when it is to be dropped
+    bool admitsEvent(const QString& sender);
+
     // What changes something. All of it is queued.
     void takeEvent(const DecodedEvent& decoded, const QString& sender);
     void deleteEventlist(const QString& sender);
@@ -164,6 +172,7 @@ private:
     bool m_isAlarmlistFull = false;
     QMap<QString, QString> m_announcements;
     AlarmList::States m_toldStates;
+    bool m_isTellingAllWanted = true;
     CoalescedSignal m_eventlistSignal;
     CoalescedSignal m_alarmlistSignal;
 

@@ -6,8 +6,7 @@ Arguments::Arguments(const QVector<Option>& options)
 {
     for (const Option& option : options)
     {
-        m_parser.addOption(
-            QCommandLineOption(option.names, option.description, option.valueName));
+        m_parser.addOption(QCommandLineOption(option.names, option.description, option.valueName));
         m_names += option.names;
     }
 }

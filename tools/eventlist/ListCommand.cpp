@@ -73,7 +73,8 @@ QString ListCommand::explanation() const
         "everything is written.\n\n"
         "With --json the output is one array with an object for each event, whose members are the\n"
         "columns of the list; \"Description\" and \"MetaData\" are objects, \"KeywordName\" is an\n"
-        "array. EventType: 0 alarm, 1 audit trail, 2 fault, 3 other. State: 0 none, 1 on, 2 off.\n");
+        "array. EventType: 0 alarm, 1 audit trail, 2 fault, 3 other. State: 0 none, 1 on, 2 "
+        "off.\n");
 }
 
 QVector<Option> ListCommand::options() const
@@ -126,8 +127,8 @@ int ListCommand::run(const Arguments& arguments)
     int code = ExitCode::success;
     if (query.isById())
     {
-        code = readPieces(connector, query,
-                          count > 0 ? count : std::numeric_limits<qint64>::max(), list);
+        code = readPieces(connector, query, count > 0 ? count : std::numeric_limits<qint64>::max(),
+                          list);
     }
     else
     {
@@ -153,6 +154,6 @@ int ListCommand::run(const Arguments& arguments)
         Output::error(QStringLiteral("no events"));
         return ExitCode::success;
     }
-    EventPrinter(isJson ? EventPrinter::jsonArray : EventPrinter::table).print(list);
+    EventPrinter(isJson ? EventPrinter::jsonArray : EventPrinter::wholeTable).print(list);
     return ExitCode::success;
 }

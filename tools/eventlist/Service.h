@@ -2,6 +2,8 @@
 
 #include "Platform/DBusPendingReply.h"
 
+#include <QVariantMap>
+
 class DBusConnectorBase;
 class ListReply;
 
@@ -20,6 +22,11 @@ public:
     /// \returns an exit code; anything but success after a message on the standard error
     static int waitForList(const DBusConnectorBase& connector,
                            const DBusPendingReply::SharedPointer& reply, ListReply& list);
+
+    /// The same for an answer that is one dictionary.
+    static int waitForDictionary(const DBusConnectorBase& connector,
+                                 const DBusPendingReply::SharedPointer& reply,
+                                 QVariantMap& dictionary);
 
     /// Why a finished reply holds no list; empty when it does.
     static QString readList(const DBusPendingReply& reply, ListReply& list);

@@ -7,6 +7,7 @@
 #include "Platform/DBusConnectionParameter.h"
 #include "Platform/PropertyManagerConst.h"
 
+#include <QJsonDocument>
 #include <QSignalSpy>
 #include <QThread>
 
