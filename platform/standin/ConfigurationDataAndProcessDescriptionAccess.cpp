@@ -1,9 +1,9 @@
 #include "Platform/ConfigurationDataAndProcessDescriptionAccess.h"
 
-#include "Platform/ConfigurationAndProcessDataBase.h"
-
 #include "JsonLoader.h"
 #include "PathCheck.h"
+
+#include "Platform/ConfigurationAndProcessDataBase.h"
 
 #include <QDebug>
 #include <QDir>

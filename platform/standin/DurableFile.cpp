@@ -6,6 +6,7 @@
 #include <QRandomGenerator>
 
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -98,6 +99,28 @@ bool replace(const FileDescriptor& folder, const QByteArray& temporary, const QB
     return syncFolder(folder);
 }
 
+// Gives a complete file its name, which is new as a rule.
+bool publish(const FileDescriptor& folder, const QByteArray& temporary, const QByteArray& name)
+{
+    if (::renameat2(folder.get(), temporary.constData(), folder.get(), name.constData(),
+                    RENAME_NOREPLACE) == 0)
+    {
+        if (!syncFolder(folder))
+        {
+            remove(folder, name);
+            return false;
+        }
+        return true;
+    }
+    // EINVAL: this file system cannot tell a new name from one that exists.
+    if (errno == EEXIST || errno == EINVAL)
+    {
+        return replace(folder, temporary, name);
+    }
+    remove(folder, temporary);
+    return false;
+}
+
 // Gives the file a name in the folder. linkat() never replaces and never follows a link there.
 bool link(const FileDescriptor& file, const FileDescriptor& folder, const QByteArray& name)
 {
@@ -176,7 +199,7 @@ Outcome writeTemporaryFile(const QByteArray& bytes, const FileDescriptor& folder
                 remove(folder, temporary);
                 return Outcome::Failed;
             }
-            return replace(folder, temporary, name) ? Outcome::Written : Outcome::Failed;
+            return publish(folder, temporary, name) ? Outcome::Written : Outcome::Failed;
         }
         if (errno != EEXIST)
         {

@@ -55,10 +55,16 @@ bool isMessage(const QByteArray& messages, quint32 offset)
     {
         return false;
     }
+    static const QByteArray emptyText = QByteArray::fromHex("03ffffffff");
     int position = int(offset);
     for (int count = 0; count < maxFields && position < messages.size(); ++count)
     {
         if (uchar(messages.at(position)) == endField)
+        {
+            return true;
+        }
+        // An empty text: a translation without length, at which the look-up ends.
+        if (messages.mid(position, headSize) == emptyText)
         {
             return true;
         }

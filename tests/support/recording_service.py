@@ -166,7 +166,6 @@ class RecordingService:
     @staticmethod
     def make_answer(message, rule):
         if rule["answer"] == "error":
-            # libdbus-python always writes a text; a missing one can only be had by an empty body.
             answer = dbus.lowlevel.ErrorMessage(message, rule["name"], rule.get("text"))
         else:
             answer = dbus.lowlevel.MethodReturnMessage(message)
@@ -182,10 +181,17 @@ class RecordingService:
         return {"count": len(self.records)}
 
     def command_received(self, command):
-        return {"received": self.records[int(command.get("from", 0)):]}
+        first = int(command.get("from", 0))
+        return {"received": self.records[first:first + int(command.get("count", len(self.records)))]}
 
     def command_clear(self, command):
         self.records = []
+        return {}
+
+    def command_reset(self, command):
+        self.records = []
+        self.rules = {}
+        self.held.clear()
         return {}
 
     def command_answer(self, command):
@@ -210,7 +216,7 @@ class RecordingService:
         signal = dbus.lowlevel.SignalMessage(command["path"], command["interface"], command["member"])
         append_values(signal, command.get("signature", ""), command.get("arguments", []))
         for _ in range(int(command.get("times", 1))):
-            self.connection.send_message(signal.copy() if hasattr(signal, "copy") else signal)
+            self.connection.send_message(signal.copy())
         self.connection.flush()
         return {}
 

@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QString>
 #include <QVariant>
+
 #include <memory>
 
 /// Listens for one D-Bus signal by itself and stores what arrived, so that its owner can ask later.

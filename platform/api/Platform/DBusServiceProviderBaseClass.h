@@ -5,6 +5,7 @@
 #include <QDBusConnection>
 #include <QObject>
 #include <QString>
+
 #include <memory>
 
 /// Base of an object that a module offers on the bus, under the bus name of the module

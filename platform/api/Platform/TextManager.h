@@ -4,6 +4,7 @@
 #include "Platform/TextManagerBase.h"
 
 #include <QStringList>
+
 #include <memory>
 
 /// The texts of one module, read from a folder of language files. The module owns it and keeps it

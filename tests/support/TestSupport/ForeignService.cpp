@@ -105,6 +105,7 @@ bool ForeignService::start()
     {
         arguments << QStringLiteral("--name") << m_busName;
     }
+    m_records.clear();
     m_process = std::make_unique<ChildProcess>();
     m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     if (!m_process->startAndWait(interpreter(), arguments))
@@ -136,7 +137,7 @@ QJsonObject ForeignService::readAnswer()
     return answer;
 }
 
-QJsonObject ForeignService::execute(QJsonObject command)
+QJsonObject ForeignService::execute(const QJsonObject& command)
 {
     if (!isRunning())
     {
@@ -262,19 +263,28 @@ QVector<RecordedMessage> ForeignService::received(const QDBusConnection& sender)
 
 QVector<RecordedMessage> ForeignService::receivedSoFar()
 {
-    const QJsonObject answer = execute(commandNamed("received"));
-    if (!isOk(answer))
+    // In portions: one line of a hundred thousand records is slow to find the end of.
+    constexpr int portion = 2000;
+    QJsonArray records;
+    do
     {
-        qWarning() << "ForeignService:" << m_errorText;
+        QJsonObject command = commandNamed("received");
+        command.insert(QStringLiteral("from"), m_records.size());
+        command.insert(QStringLiteral("count"), portion);
+        const QJsonObject answer = execute(command);
+        if (!isOk(answer))
+        {
+            qWarning() << "ForeignService:" << m_errorText;
+            return {};
+        }
+        records = answer.value(QLatin1String("received")).toArray();
+        for (const QJsonValue& record : qAsConst(records))
+        {
+            m_records.append(messageFrom(record.toObject()));
+        }
     }
-    QVector<RecordedMessage> messages;
-    const QJsonArray records = answer.value(QLatin1String("received")).toArray();
-    messages.reserve(records.size());
-    for (const QJsonValue& record : records)
-    {
-        messages.append(messageFrom(record.toObject()));
-    }
-    return messages;
+    while (records.size() == portion);
+    return m_records;
 }
 
 int ForeignService::countSoFar()
@@ -284,10 +294,17 @@ int ForeignService::countSoFar()
 
 void ForeignService::clear()
 {
+    m_records.clear();
     if (!isOk(execute(commandNamed("clear"))))
     {
         qWarning() << "ForeignService:" << m_errorText;
     }
+}
+
+bool ForeignService::reset()
+{
+    m_records.clear();
+    return isOk(execute(commandNamed("reset")));
 }
 
 bool ForeignService::setRule(const QString& member, const QJsonObject& rule)

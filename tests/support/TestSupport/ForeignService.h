@@ -120,6 +120,9 @@ public:
     /// Forgets all records.
     void clear();
 
+    /// Forgets all records, all rules and the calls that are held: as good as a new one.
+    bool reset();
+
     /// Answers calls of this member with values: a signature and a value for each of its types, in
     /// the form of RecordedMessage::arguments.
     bool answer(const QString& member, const QString& signature, const QJsonArray& values);
@@ -151,7 +154,7 @@ protected:
     ForeignService(const PrivateBus& bus, const QString& busName, bool isMonitor);
 
 private:
-    QJsonObject execute(QJsonObject command);
+    QJsonObject execute(const QJsonObject& command);
     QJsonObject readAnswer();
     bool setRule(const QString& member, const QJsonObject& rule);
 
@@ -161,6 +164,8 @@ private:
     const QTemporaryDir m_folder;
     std::unique_ptr<ChildProcess> m_process;
     QString m_uniqueName;
+    // What has been fetched already.
+    QVector<RecordedMessage> m_records;
     QByteArray m_errorText;
 };
 

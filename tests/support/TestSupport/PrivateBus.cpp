@@ -46,6 +46,25 @@ QString allowEverything()
                           "    <allow own=\"*\"/>\n"
                           "  </policy>\n");
 }
+
+// What a device allows before any service brings its own rules: the bus itself, answers and signals.
+// Without it a client would wait in vain for the answer to its very first call.
+QString allowWhatASystemBusAllows()
+{
+    return QStringLiteral("  <policy context=\"default\">\n"
+                          "    <allow user=\"*\"/>\n"
+                          "    <deny own=\"*\"/>\n"
+                          "    <deny send_type=\"method_call\"/>\n"
+                          "    <allow send_type=\"signal\"/>\n"
+                          "    <allow send_requested_reply=\"true\" send_type=\"method_return\"/>\n"
+                          "    <allow send_requested_reply=\"true\" send_type=\"error\"/>\n"
+                          "    <allow receive_type=\"method_call\"/>\n"
+                          "    <allow receive_type=\"method_return\"/>\n"
+                          "    <allow receive_type=\"error\"/>\n"
+                          "    <allow receive_type=\"signal\"/>\n"
+                          "    <allow send_destination=\"org.freedesktop.DBus\"/>\n"
+                          "  </policy>\n");
+}
 } // namespace
 
 PrivateBus::PrivateBus() : PrivateBus(Options()) {}
@@ -98,7 +117,8 @@ bool PrivateBus::writeConfiguration()
         text += QStringLiteral("  <servicedir>%1</servicedir>\n")
                     .arg(m_options.activationFolder.toHtmlEscaped());
     }
-    text += m_options.policy.isEmpty() ? allowEverything() : m_options.policy;
+    text += m_options.policy.isEmpty() ? allowEverything()
+                                       : QString(allowWhatASystemBusAllows() + m_options.policy);
     if (m_options.limits == Limits::none)
     {
         text += limitElements();

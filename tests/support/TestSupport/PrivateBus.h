@@ -35,7 +35,9 @@ public:
     {
         Limits limits = Limits::system;
         /// Elements for the daemon's configuration that say who may do what, such as
-        /// "<policy context=\"default\">...</policy>". Empty allows everything.
+        /// "<policy context=\"default\">...</policy>" or "<include>/path/to.conf</include>". They come
+        /// on top of what a system bus allows by itself, which is neither to own a name nor to call a
+        /// service. Empty allows everything.
         QString policy;
         /// Folder with activation files ("*.service"). Empty for none.
         QString activationFolder;

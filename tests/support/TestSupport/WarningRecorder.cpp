@@ -59,6 +59,16 @@ const char* nameOf(QtMsgType type)
     return "unknown";
 }
 
+QByteArray headOf(QtMsgType type, const QString& category)
+{
+    QByteArray head = nameOf(type);
+    if (category != QLatin1String("default"))
+    {
+        head += " [" + category.toUtf8() + "]";
+    }
+    return head;
+}
+
 QByteArray callSite(const QString& file, const QString& operation)
 {
     if (file.isEmpty() && operation.isEmpty())
@@ -70,29 +80,12 @@ QByteArray callSite(const QString& file, const QString& operation)
 }
 } // namespace
 
-WarningRecorder::WarningRecorder()
-{
-    start();
-}
+WarningRecorder::WarningRecorder() : m_before(beginAnew()) {}
 
 WarningRecorder::~WarningRecorder()
 {
     stop();
-}
-
-void WarningRecorder::start()
-{
-    stop();
-    Handler& shared = handler();
-    const std::lock_guard<std::mutex> lock(shared.mutex);
-    m_expectations.clear();
-    m_messages.clear();
-    shared.recorders.push_back(this);
-    const QtMessageHandler before = qInstallMessageHandler(&WarningRecorder::handle);
-    if (before != &WarningRecorder::handle)
-    {
-        shared.previous = before;
-    }
+    showUnseen();
 }
 
 void WarningRecorder::stop()
@@ -101,14 +94,52 @@ void WarningRecorder::stop()
     const std::lock_guard<std::mutex> lock(shared.mutex);
     auto& recorders = shared.recorders;
     recorders.erase(std::remove(recorders.begin(), recorders.end(), this), recorders.end());
-    if (recorders.empty())
+    if (!recorders.empty())
     {
-        const QtMessageHandler current = qInstallMessageHandler(shared.previous);
-        if (current != &WarningRecorder::handle)
-        {
-            // Somebody else has taken the log meanwhile.
-            qInstallMessageHandler(current);
-        }
+        return;
+    }
+    // The handler of QtTest must not come back when QtTest has ended.
+    const bool isTesting = QTest::currentTestFunction() != nullptr;
+    const QtMessageHandler current = qInstallMessageHandler(isTesting ? shared.previous : m_before);
+    if (current != &WarningRecorder::handle)
+    {
+        // Somebody else has taken the log meanwhile.
+        qInstallMessageHandler(current);
+    }
+    // QtTest puts back, at its end, what it found at its beginning: perhaps our handler.
+    shared.previous = m_before;
+}
+
+void WarningRecorder::start()
+{
+    beginAnew();
+}
+
+QtMessageHandler WarningRecorder::beginAnew()
+{
+    Handler& shared = handler();
+    const std::lock_guard<std::mutex> lock(shared.mutex);
+    showUnseen();
+    m_expectations.clear();
+    m_messages.clear();
+    m_seenCount = 0;
+    auto& recorders = shared.recorders;
+    recorders.erase(std::remove(recorders.begin(), recorders.end(), this), recorders.end());
+    recorders.push_back(this);
+    const QtMessageHandler before = qInstallMessageHandler(&WarningRecorder::handle);
+    if (before != &WarningRecorder::handle)
+    {
+        shared.previous = before;
+    }
+    return shared.previous;
+}
+
+void WarningRecorder::showUnseen() const
+{
+    // Nobody adds messages meanwhile: this recorder is not watching, or the mutex is held.
+    for (int i = m_seenCount; i < m_messages.size(); ++i)
+    {
+        std::fprintf(stderr, "Nobody has looked at: %s\n", describe(m_messages.at(i)).constData());
     }
 }
 
@@ -130,28 +161,26 @@ void WarningRecorder::handle(QtMsgType type, const QMessageLogContext& context, 
     if (previous != nullptr)
     {
         previous(type, context, text);
-        return;
     }
-    std::fprintf(stderr, "%s\n", text.toUtf8().constData());
 }
 
 WarningRecorder& WarningRecorder::expect(const QString& text, const QString& file,
-                                         const QString& operation)
+                                         const QString& operation, const QString& category)
 {
-    m_expectations.append({text, file, operation, false});
+    m_expectations.append({text, file, operation, category, false});
     return *this;
 }
 
 WarningRecorder& WarningRecorder::expectMatch(const QString& pattern, const QString& file,
-                                              const QString& operation)
+                                              const QString& operation, const QString& category)
 {
-    m_expectations.append({pattern, file, operation, true});
+    m_expectations.append({pattern, file, operation, category, true});
     return *this;
 }
 
 bool WarningRecorder::matches(const Expectation& expectation, const LoggedMessage& message)
 {
-    if (message.type != QtWarningMsg)
+    if (message.type != QtWarningMsg || message.category != expectation.category)
     {
         return false;
     }
@@ -178,21 +207,18 @@ bool WarningRecorder::verify() const
 
 QByteArray WarningRecorder::describe(const Expectation& expectation)
 {
-    return (expectation.isPattern ? "warning matching " : "warning ") + expectation.text.toUtf8() +
+    return headOf(QtWarningMsg, expectation.category) +
+           (expectation.isPattern ? " matching " : " ") + expectation.text.toUtf8() +
            callSite(expectation.file, expectation.operation);
 }
 
 QByteArray WarningRecorder::describe(const LoggedMessage& message)
 {
-    QByteArray head = nameOf(message.type);
-    if (message.category != QLatin1String("default"))
-    {
-        head += " [" + message.category.toUtf8() + "]";
-    }
     const QString file = message.file.isEmpty()
                              ? QString()
                              : message.file + QLatin1Char(':') + QString::number(message.line);
-    return head + " " + message.text.toUtf8() + callSite(file, message.function);
+    return headOf(message.type, message.category) + " " + message.text.toUtf8() +
+           callSite(file, message.function);
 }
 
 QByteArray WarningRecorder::report() const
@@ -240,6 +266,7 @@ QByteArray WarningRecorder::report() const
 QVector<LoggedMessage> WarningRecorder::messages() const
 {
     const std::lock_guard<std::mutex> lock(handler().mutex);
+    m_seenCount = m_messages.size();
     return m_messages;
 }
 
@@ -258,5 +285,6 @@ QVector<LoggedMessage> WarningRecorder::take()
     const std::lock_guard<std::mutex> lock(handler().mutex);
     QVector<LoggedMessage> result;
     result.swap(m_messages);
+    m_seenCount = 0;
     return result;
 }

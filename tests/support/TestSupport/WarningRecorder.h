@@ -38,7 +38,7 @@ struct LoggedMessage
 /// }
 /// \endcode
 /// As a local object it watches from its construction to its end. When several watch, the youngest
-/// gets the message.
+/// gets the message. What came after the last look at it goes to the standard error.
 ///
 /// Threads: messages are taken from every thread. The rest is for the thread that made it.
 class WarningRecorder
@@ -53,7 +53,7 @@ public:
     /// place when it begins, so a recorder that is a field of the test class needs this in init().
     void start();
 
-    /// Hands the messages back to whoever had them before.
+    /// Hands the log back to whoever had it before. What was recorded stays.
     void stop();
 
     /// Expects one more warning, after all that were expected before.
@@ -61,13 +61,16 @@ public:
     /// \param file       name of the source file without folder and ending; empty for any
     /// \param operation  the function as "Class::operation"; empty for any. A lambda inside the
     ///                   function is another function.
+    /// \param category   of the log; that of the library's warnings is "default"
     WarningRecorder& expect(const QString& text, const QString& file = QString(),
-                            const QString& operation = QString());
+                            const QString& operation = QString(),
+                            const QString& category = QStringLiteral("default"));
 
     /// The same, with text that a regular expression has to match as a whole: for what differs from
     /// run to run, such as the path of a temporary folder.
     WarningRecorder& expectMatch(const QString& pattern, const QString& file = QString(),
-                                 const QString& operation = QString());
+                                 const QString& operation = QString(),
+                                 const QString& category = QStringLiteral("default"));
 
     /// Whether what was recorded until now is exactly what was expected. Nothing is forgotten.
     bool verify() const;
@@ -91,9 +94,12 @@ private:
         QString text;
         QString file;
         QString operation;
+        QString category;
         bool isPattern = false;
     };
 
+    QtMessageHandler beginAnew();
+    void showUnseen() const;
     static void handle(QtMsgType type, const QMessageLogContext& context, const QString& text);
     static bool matches(const Expectation& expectation, const LoggedMessage& message);
     static QByteArray describe(const Expectation& expectation);
@@ -103,6 +109,9 @@ private:
     QVector<Expectation> m_expectations;
     // Guarded by the mutex of the handler.
     QVector<LoggedMessage> m_messages;
+    mutable int m_seenCount = 0;
+    // Fixed at construction. Last, because messages come in from then on.
+    const QtMessageHandler m_before;
 };
 
 /// Fails the test function when the messages are not those that were expected, and shows both. Not

@@ -1,0 +1,66 @@
+# What `cmake --install` brings to a system, by component:
+#
+#   runtime               the library
+#   development           its headers, its link name and the CMake package
+#   platform              the stand-in for the device's closed services, and the common texts; a device that has
+#                         its own services leaves this out
+#   platform-development  the stand-in's headers and link name
+#   service               the reference central service
+#   tools                 the command line tool
+#
+# Nothing is made below the data root: the spool folder belongs to whoever runs the central service.
+
+include(CMakePackageConfigHelpers)
+
+set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/EventlistHandler")
+set(header_folder "${CMAKE_INSTALL_INCLUDEDIR}/EventlistHandler")
+set(text_folder "${CMAKE_INSTALL_DATADIR}/EventlistHandler/texts")
+
+# The library and the stand-in are exported apart: each works when the other comes from elsewhere.
+install(TARGETS EventlistHandler EXPORT EventlistHandlerTargets
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development)
+install(TARGETS EventlistHandlerPlatform EXPORT EventlistHandlerPlatformTargets
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT platform NAMELINK_COMPONENT platform-development)
+
+get_property(public_headers GLOBAL PROPERTY EVENTLISTHANDLER_PUBLIC_HEADERS)
+foreach(header IN LISTS public_headers)
+    get_filename_component(folder "${header}" DIRECTORY)
+    install(FILES "${PROJECT_SOURCE_DIR}/src/${header}" DESTINATION "${header_folder}/${folder}"
+        COMPONENT development)
+endforeach()
+get_property(platform_headers GLOBAL PROPERTY EVENTLISTHANDLER_PLATFORM_HEADERS)
+list(TRANSFORM platform_headers PREPEND "${PROJECT_SOURCE_DIR}/platform/api/Platform/")
+install(FILES ${platform_headers} DESTINATION "${header_folder}/Platform" COMPONENT platform-development)
+
+if(EVENTLISTHANDLER_TEXT_FOLDER)
+    install(DIRECTORY "${EVENTLISTHANDLER_TEXT_FOLDER}/" DESTINATION "${text_folder}" COMPONENT platform
+        FILES_MATCHING PATTERN "*.qm")
+endif()
+
+# A program finds the libraries beside it, wherever the prefix is. CMAKE_SKIP_INSTALL_RPATH leaves that out for
+# packages whose libraries lie where the loader looks.
+function(eventlisthandler_install_program target component)
+    if(NOT TARGET ${target})
+        return()
+    endif()
+    file(RELATIVE_PATH libraries_from_programs
+        "/prefix/${CMAKE_INSTALL_BINDIR}" "/prefix/${CMAKE_INSTALL_LIBDIR}")
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries_from_programs}")
+    install(TARGETS ${target} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT ${component})
+endfunction()
+eventlisthandler_install_program(eventlistd service)
+eventlisthandler_install_program(eventlist tools)
+
+install(EXPORT EventlistHandlerTargets NAMESPACE EventlistHandler:: DESTINATION "${package_folder}"
+    COMPONENT development)
+install(EXPORT EventlistHandlerPlatformTargets NAMESPACE EventlistHandler:: DESTINATION "${package_folder}"
+    COMPONENT platform-development)
+configure_package_config_file(cmake/EventlistHandlerConfig.cmake.in
+    "${PROJECT_BINARY_DIR}/package/EventlistHandlerConfig.cmake"
+    INSTALL_DESTINATION "${package_folder}" PATH_VARS text_folder)
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/package/EventlistHandlerConfigVersion.cmake"
+    COMPATIBILITY SameMajorVersion)
+install(FILES
+    "${PROJECT_BINARY_DIR}/package/EventlistHandlerConfig.cmake"
+    "${PROJECT_BINARY_DIR}/package/EventlistHandlerConfigVersion.cmake"
+    DESTINATION "${package_folder}" COMPONENT development)

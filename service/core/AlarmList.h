@@ -1,0 +1,117 @@
+#pragma once
+
+#include "core/Event.h"
+#include "core/ListAnswer.h"
+
+#include <QHash>
+
+namespace eventlistd
+{
+
+class Database;
+
+/// The alarm list: what needs somebody's attention now.
+///
+/// An alarm or fault enters when it becomes active and leaves when it is both inactive and
+/// acknowledged. One alarm id is one row, however often it comes and goes; when it comes again
+/// after it has gone, it needs a new acknowledgement. A neutral event is none of this. An alarm
+/// without an id is known under "-<module>/<event id>", so that it can be acknowledged too.
+///
+/// Changes are made inside a transaction of the caller; after one that was rolled back, load()
+/// brings the memory back to the file.
+class AlarmList
+{
+public:
+    /// What the signals report.
+    struct States
+    {
+        bool hasAlarm = false;
+        bool hasActiveAlarm = false;
+        bool hasFault = false;
+        bool hasActiveFault = false;
+        bool isCentralDetectorActive = false;
+    };
+
+    enum class Effect
+    {
+        none,
+        changed,
+        /// A new alarm or fault, or one that has come again.
+        occurred,
+        /// There was no room; the alarm stands in the event list only.
+        overflow,
+        /// Nobody knows the alarm that was named.
+        unknown,
+        failed
+    };
+
+    /// \param maximumRows   no more than this; the oldest that are gone give way first, and an
+    ///                      active one never does
+    /// \param maximumSize   the same for their texts, in UTF-16 units
+    AlarmList(Database& database, int maximumRows, qint64 maximumSize);
+
+    bool load();
+
+    /// Takes an event that stands in the event list.
+    Effect apply(const Event& event);
+
+    /// Acknowledges exactly the named alarm. One that is acknowledged already stays with the first
+    /// who did.
+    /// \param alarm  is filled with the alarm when it changed
+    Effect acknowledge(const QString& alarmId, const QString& user, qint64 unixTimeMs,
+                       Event& alarm);
+
+    /// \return changed, none when it was so already, or failed
+    Effect setCentralDetector(bool isActive);
+
+    /// Counts an acknowledgement of something that is not in the list.
+    bool countRefused();
+
+    const States& states() const { return m_states; }
+    qint64 refusedCount() const { return m_refused; }
+    int rowCount() const { return m_rows.size(); }
+
+    /// The columns of the event list, and what is known of the alarm beside.
+    static QStringList header();
+
+    /// All rows, the newest occurrence first.
+    bool read(const QString& language, ListAnswer& answer);
+
+    /// The id under which an alarm or fault is known here.
+    static QString idOf(const Event& event);
+
+private:
+    struct Row
+    {
+        qint64 eventId; ///< of the event with which it came
+        int type;
+        bool isActive;
+        bool isAcknowledged;
+        qint64 size;
+    };
+
+    Effect applyActive(const Event& event, const QString& id);
+    Effect applyInactive(const QString& id);
+    bool makeRoom(qint64 size);
+    bool write(const Event& event, const QString& id);
+    bool remove(const QString& id);
+    bool readAlarm(const QString& id, Event& alarm);
+    void count(const Row& row, int direction);
+    void updateStates();
+
+    Database& m_database;
+    // Fixed at construction.
+    const int m_maximumRows;
+    const qint64 m_maximumSize;
+    // As the open transaction will leave the file.
+    QHash<QString, Row> m_rows;
+    qint64 m_size = 0;
+    int m_counts[2][2] = {{0, 0}, {0, 0}}; ///< by fault or not, by active or not
+    bool m_isCentralDetectorActive = false;
+    qint64 m_refused = 0;
+    States m_states;
+};
+
+bool operator==(const AlarmList::States& a, const AlarmList::States& b);
+
+} // namespace eventlistd

@@ -1,0 +1,69 @@
+#include "core/AlarmlistReadAdaptor.h"
+
+#include "core/EventlistService.h"
+#include "core/MonotonicClock.h"
+
+namespace eventlistd
+{
+
+AlarmlistReadAdaptor::AlarmlistReadAdaptor(QObject* object, EventlistService& service)
+    : QDBusAbstractAdaptor(object), m_service(service)
+{
+    QObject::connect(&service, &EventlistService::alarmlistChanged, this,
+                     &AlarmlistReadAdaptor::changedAlarmlist);
+    QObject::connect(&service, &EventlistService::alarmStatesChanged, this,
+                     [this](const AlarmList::States& now, const AlarmList::States& before) {
+                         const auto tell = [](bool isOn, bool wasOn, auto&& send) {
+                             if (isOn != wasOn)
+                             {
+                                 send(isOn);
+                             }
+                         };
+                         tell(now.hasAlarm, before.hasAlarm,
+                              [this](bool isOn) { Q_EMIT changedAlarmInAlarmlist(isOn); });
+                         tell(now.hasActiveAlarm, before.hasActiveAlarm,
+                              [this](bool isOn) { Q_EMIT changedActiveAlarmInAlarmlist(isOn); });
+                         tell(now.hasFault, before.hasFault,
+                              [this](bool isOn) { Q_EMIT changedFaultInAlarmlist(isOn); });
+                         tell(now.hasActiveFault, before.hasActiveFault,
+                              [this](bool isOn) { Q_EMIT changedActiveFaultInAlarmlist(isOn); });
+                         tell(now.isCentralDetectorActive, before.isCentralDetectorActive,
+                              [this](bool isOn) { Q_EMIT changedCentralDetector(isOn); });
+                     });
+}
+
+QVariantMap AlarmlistReadAdaptor::getCompleteAlarmlist(const QString& queryContext,
+                                                       const QDBusMessage& message)
+{
+    QString errorName;
+    QString error;
+    QVariantMap answer;
+    SenderRegistry& senders = m_service.senders();
+    if (!senders.admitQuery(message.service()))
+    {
+        errorName = QStringLiteral("org.freedesktop.DBus.Error.LimitsExceeded");
+        error = QStringLiteral("Too many queries, try again later");
+    }
+    else
+    {
+        errorName = QStringLiteral("org.freedesktop.DBus.Error.IOError");
+        const qint64 begin = monotonicMs();
+        answer = m_service.alarms(queryContext, error);
+        senders.chargeQuery(message.service(), monotonicMs() - begin);
+    }
+    if (!error.isEmpty())
+    {
+        message.setDelayedReply(true);
+        m_connection.send(message.createErrorReply(errorName, error));
+    }
+    return answer;
+}
+
+QVariantMap AlarmlistReadAdaptor::getAlarmState(const QString& queryContext)
+{
+    // States have no language.
+    Q_UNUSED(queryContext)
+    return m_service.alarmState();
+}
+
+} // namespace eventlistd

@@ -1,0 +1,430 @@
+#include "core/Database.h"
+
+#include "core/LogLimiter.h"
+
+#include <QDateTime>
+#include <QDebug>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <atomic>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace eventlistd
+{
+
+namespace
+{
+constexpr int schemaVersion = 1;
+constexpr int damagedFilesKept = 3;
+
+// Names this file among all SQLite files: "EvLs".
+constexpr int applicationId = 0x45764c73;
+
+QString newConnectionName()
+{
+    static std::atomic<int> counter{0};
+    return QStringLiteral("eventlistd-%1").arg(++counter);
+}
+
+// Rows of "event" are small and stand close together: a query without an index to help it reads a
+// million of them in a fraction of a second. What is only shown lies apart, in "content".
+const char* const tables[] = {
+    "CREATE TABLE meta(key TEXT PRIMARY KEY, value) WITHOUT ROWID",
+    "CREATE TABLE event(id INTEGER PRIMARY KEY, type INTEGER NOT NULL, state INTEGER NOT NULL,"
+    " time_ms INTEGER NOT NULL, module TEXT NOT NULL, keywords TEXT NOT NULL,"
+    " event_id TEXT NOT NULL)",
+    "CREATE TABLE content(id INTEGER PRIMARY KEY, timestamp TEXT, offset_s INTEGER, icon TEXT,"
+    " description TEXT, user TEXT, metadata TEXT, alarm_id TEXT, source_hash_type INTEGER,"
+    " source_hashes TEXT, arrival_ms INTEGER, uid INTEGER, pid INTEGER, road INTEGER)",
+    "CREATE TABLE alarm(alarm_id TEXT PRIMARY KEY, event INTEGER NOT NULL, type INTEGER NOT NULL,"
+    " active INTEGER NOT NULL, acknowledged INTEGER NOT NULL, acknowledged_by TEXT,"
+    " acknowledged_ms INTEGER, acknowledged_offset_s INTEGER, size INTEGER NOT NULL,"
+    " state INTEGER, time_ms INTEGER,"
+    " module TEXT, keywords TEXT, event_id TEXT, timestamp TEXT, offset_s INTEGER, icon TEXT,"
+    " description TEXT, user TEXT, metadata TEXT, source_hash_type INTEGER, source_hashes TEXT)",
+    "CREATE TABLE spool_seen(number INTEGER PRIMARY KEY, device INTEGER, inode INTEGER,"
+    " mtime_ns INTEGER, sha256 BLOB, UNIQUE(device, inode, mtime_ns, sha256))",
+    "CREATE TABLE registered_hash(hash TEXT PRIMARY KEY, icon TEXT NOT NULL)",
+    "CREATE TABLE source_icon(hashes TEXT PRIMARY KEY, icon TEXT NOT NULL, event INTEGER NOT NULL)",
+    "CREATE INDEX source_icon_event ON source_icon(event)",
+};
+} // namespace
+
+Database::Database(const QString& path) : m_path(path), m_connectionName(newConnectionName()) {}
+
+Database::~Database()
+{
+    close();
+    if (m_lock >= 0)
+    {
+        ::close(m_lock);
+    }
+}
+
+Database::Opened Database::open()
+{
+    if (!QDir().mkpath(QFileInfo(m_path).absolutePath()) || !takeLock())
+    {
+        qWarning() << "Cannot use the database" << m_path;
+        return Opened::failed;
+    }
+    const bool wasThere = QFileInfo(m_path).size() > 0;
+    clearFailure();
+    if (openFile() && prepareFile())
+    {
+        return wasThere ? Opened::asItWas : Opened::asNew;
+    }
+    if (m_failure != Failure::damaged)
+    {
+        close();
+        return Opened::failed;
+    }
+    return replaceDamaged();
+}
+
+void Database::close()
+{
+    m_statements.clear();
+    if (m_database.isValid())
+    {
+        m_database.close();
+        m_database = QSqlDatabase();
+        QSqlDatabase::removeDatabase(m_connectionName);
+    }
+}
+
+Database::Opened Database::replaceDamaged()
+{
+    // A number that the old file has given out must not come back. Its own mark may be readable
+    // still; if not, the time in milliseconds is above anything that one event after the other can
+    // have reached.
+    m_firstFreeId = QDateTime::currentMSecsSinceEpoch();
+    if (isOpen())
+    {
+        m_firstFreeId = std::max(m_firstFreeId, metaValue(QStringLiteral("last_id")).toLongLong());
+    }
+    close();
+    if (!putAside())
+    {
+        return Opened::failed;
+    }
+    clearFailure();
+    if (!openFile() || !prepareFile() || !setMetaValue(QStringLiteral("last_id"), m_firstFreeId))
+    {
+        close();
+        return Opened::failed;
+    }
+    return Opened::inPlaceOfDamaged;
+}
+
+bool Database::isSound(const QString& path)
+{
+    const QString name = newConnectionName();
+    bool isSound = false;
+    {
+        QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        database.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
+        database.setDatabaseName(path);
+        QSqlQuery query(database);
+        isSound = database.open() && query.exec(QStringLiteral("PRAGMA cell_size_check=ON")) &&
+                  query.exec(QStringLiteral("PRAGMA quick_check(1)")) && query.next() &&
+                  query.value(0).toString() == QLatin1String("ok");
+    }
+    QSqlDatabase::removeDatabase(name);
+    return isSound;
+}
+
+QSqlQuery& Database::statement(const QString& sql)
+{
+    auto& query = m_statements[sql];
+    if (!query)
+    {
+        query = std::make_shared<QSqlQuery>(m_database);
+        query->setForwardOnly(true);
+        if (!query->prepare(sql))
+        {
+            note(query->lastError(), sql);
+        }
+    }
+    return *query;
+}
+
+QSqlQuery Database::unkept(const QString& sql)
+{
+    QSqlQuery query(m_database);
+    query.setForwardOnly(true);
+    if (!query.prepare(sql))
+    {
+        note(query.lastError(), sql);
+    }
+    return query;
+}
+
+bool Database::run(QSqlQuery& query)
+{
+    if (query.exec())
+    {
+        return true;
+    }
+    note(query.lastError(), query.lastQuery());
+    return false;
+}
+
+bool Database::run(const QString& sql)
+{
+    QSqlQuery& query = statement(sql);
+    const bool isDone = run(query);
+    query.finish();
+    return isDone;
+}
+
+bool Database::isFine(const QSqlQuery& query)
+{
+    if (!query.lastError().isValid())
+    {
+        return true;
+    }
+    note(query.lastError(), query.lastQuery());
+    return false;
+}
+
+bool Database::begin()
+{
+    return run(QStringLiteral("BEGIN IMMEDIATE"));
+}
+
+bool Database::commit()
+{
+    return run(QStringLiteral("COMMIT"));
+}
+
+void Database::rollback()
+{
+    // Some failures have ended the transaction already; a second end is no further failure.
+    QSqlQuery& query = statement(QStringLiteral("ROLLBACK"));
+    query.exec();
+    query.finish();
+}
+
+qint64 Database::usedBytes()
+{
+    qint64 values[3] = {0, 0, 0};
+    const QString names[3] = {QStringLiteral("PRAGMA page_count"),
+                              QStringLiteral("PRAGMA freelist_count"),
+                              QStringLiteral("PRAGMA page_size")};
+    for (int i = 0; i < 3; ++i)
+    {
+        QSqlQuery& query = statement(names[i]);
+        if (run(query) && query.next())
+        {
+            values[i] = query.value(0).toLongLong();
+        }
+        query.finish();
+    }
+    return (values[0] - values[1]) * values[2];
+}
+
+QVariant Database::metaValue(const QString& key)
+{
+    QSqlQuery& query = statement(QStringLiteral("SELECT value FROM meta WHERE key = ?"));
+    query.bindValue(0, key);
+    QVariant value;
+    if (run(query) && query.next())
+    {
+        value = query.value(0);
+    }
+    query.finish();
+    return value;
+}
+
+bool Database::setMetaValue(const QString& key, const QVariant& value)
+{
+    QSqlQuery& query =
+        statement(QStringLiteral("INSERT OR REPLACE INTO meta(key, value) VALUES(?, ?)"));
+    query.bindValue(0, key);
+    query.bindValue(1, value);
+    const bool isDone = run(query);
+    query.finish();
+    return isDone;
+}
+
+bool Database::takeLock()
+{
+    if (m_lock >= 0)
+    {
+        return true;
+    }
+    // Not on the database itself: SQLite loses its own locks when anybody closes that file.
+    const QByteArray name = QFile::encodeName(m_path + QStringLiteral(".lock"));
+    m_lock = ::open(name.constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0640);
+    if (m_lock < 0)
+    {
+        return false;
+    }
+    if (::flock(m_lock, LOCK_EX | LOCK_NB) != 0)
+    {
+        qWarning() << "Another process works on the database" << m_path;
+        ::close(m_lock);
+        m_lock = -1;
+        return false;
+    }
+    return true;
+}
+
+bool Database::openFile()
+{
+    m_database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connectionName);
+    m_database.setDatabaseName(m_path);
+    m_database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=1000"));
+    if (!m_database.open())
+    {
+        note(m_database.lastError(), QStringLiteral("open"));
+        return false;
+    }
+    return true;
+}
+
+bool Database::prepareFile()
+{
+    // trusted_schema and cell_size_check: the file may have been damaged or changed on purpose.
+    for (const char* pragma :
+         {"PRAGMA trusted_schema=OFF", "PRAGMA cell_size_check=ON", "PRAGMA journal_mode=WAL",
+          "PRAGMA synchronous=FULL", "PRAGMA temp_store=MEMORY", "PRAGMA wal_autocheckpoint=1000"})
+    {
+        if (!run(QLatin1String(pragma)))
+        {
+            return false;
+        }
+    }
+    int version = 0;
+    int application = 0;
+    for (const auto& [pragma, value] :
+         {std::pair<const char*, int*>{"PRAGMA user_version", &version},
+          std::pair<const char*, int*>{"PRAGMA application_id", &application}})
+    {
+        QSqlQuery& query = statement(QLatin1String(pragma));
+        if (!run(query) || !query.next())
+        {
+            return false;
+        }
+        *value = query.value(0).toInt();
+        query.finish();
+    }
+    if (version == 0 && application == 0)
+    {
+        return makeTables();
+    }
+    m_needsCheck = QFileInfo(m_path).size() > checkAtOnceLimit;
+    if (version != schemaVersion || application != applicationId || !hasTables() ||
+        (!m_needsCheck && !isSound(m_path)))
+    {
+        qWarning() << "The database is damaged:" << m_path;
+        m_failure = Failure::damaged;
+        return false;
+    }
+    return true;
+}
+
+bool Database::makeTables()
+{
+    if (!begin())
+    {
+        return false;
+    }
+    for (const char* table : tables)
+    {
+        if (!run(QString::fromLatin1(table)))
+        {
+            // A table of this name in a file that is not ours.
+            m_failure = Failure::damaged;
+            rollback();
+            return false;
+        }
+    }
+    return run(QStringLiteral("PRAGMA application_id=%1").arg(applicationId)) &&
+           run(QStringLiteral("PRAGMA user_version=%1").arg(schemaVersion)) && commit();
+}
+
+bool Database::hasTables()
+{
+    QSqlQuery& query = statement(
+        QStringLiteral("SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name IN"
+                       " ('meta', 'event', 'content', 'alarm', 'spool_seen', 'registered_hash',"
+                       " 'source_icon')"));
+    constexpr int tableCount = 7;
+    const bool isComplete = run(query) && query.next() && query.value(0).toInt() == tableCount;
+    query.finish();
+    return isComplete;
+}
+
+bool Database::putAside()
+{
+    const QString time =
+        QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd'T'hhmmsszzz"));
+    const QString target = m_path + QStringLiteral(".damaged-") + time;
+    if (::rename(QFile::encodeName(m_path).constData(), QFile::encodeName(target).constData()) != 0)
+    {
+        qWarning() << "Cannot put the damaged database aside:" << m_path;
+        return false;
+    }
+    // The log belongs to the damaged file: a new file must not meet it.
+    for (const QString& suffix : {QStringLiteral("-wal"), QStringLiteral("-shm")})
+    {
+        if (QFile::exists(m_path + suffix) && !QFile::rename(m_path + suffix, target + suffix) &&
+            !QFile::remove(m_path + suffix))
+        {
+            qWarning() << "Cannot put aside" << m_path + suffix;
+            return false;
+        }
+    }
+    qWarning() << "The damaged database was put aside as" << target;
+
+    const QFileInfo file(m_path);
+    const QStringList old = file.dir().entryList({file.fileName() + QStringLiteral(".damaged-*")},
+                                                 QDir::Files, QDir::Name);
+    QStringList names;
+    for (const QString& name : old)
+    {
+        if (!name.endsWith(QLatin1String("-wal")) && !name.endsWith(QLatin1String("-shm")))
+        {
+            names.append(name);
+        }
+    }
+    while (names.size() > damagedFilesKept)
+    {
+        const QString name = file.dir().filePath(names.takeFirst());
+        QFile::remove(name);
+        QFile::remove(name + QStringLiteral("-wal"));
+        QFile::remove(name + QStringLiteral("-shm"));
+    }
+    return true;
+}
+
+void Database::note(const QSqlError& error, const QString& what)
+{
+    // The lower eight bits are the primary result code. A number that is given out exists already:
+    // then the file contradicts itself as well.
+    constexpr int sqliteCorrupt = 11;
+    constexpr int sqliteConstraint = 19;
+    constexpr int sqliteNotADatabase = 26;
+    const int code = error.nativeErrorCode().toInt() & 0xff;
+    const bool isDamaged =
+        code == sqliteCorrupt || code == sqliteNotADatabase || code == sqliteConstraint;
+    if (m_failure != Failure::damaged)
+    {
+        m_failure = isDamaged ? Failure::damaged : Failure::passing;
+    }
+    static LogLimiter limiter(5, 10000);
+    if (limiter.allows())
+    {
+        qWarning() << "Database:" << error.text().trimmed() << "in" << shortened(what);
+    }
+}
+
+} // namespace eventlistd

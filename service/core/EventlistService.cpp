@@ -1,0 +1,695 @@
+#include "core/EventlistService.h"
+
+#include "core/EventColumns.h"
+#include "core/MonotonicClock.h"
+#include "core/Names.h"
+
+#include <QDateTime>
+#include <QDebug>
+#include <QProcess>
+
+#include <algorithm>
+#include <utility>
+
+namespace eventlistd
+{
+
+namespace
+{
+constexpr int eventsPerTransaction = 5000;
+// What may wait in memory while the database does not take it.
+constexpr qint64 longestQueue = 64 * 1024 * 1024;
+constexpr int credentialsWaitMs = 100;
+constexpr int credentialsPollMs = 5;
+constexpr int retryMs = 1000;
+
+QString cleanKey()
+{
+    return QStringLiteral("clean_stop");
+}
+
+QString bootKey()
+{
+    return QStringLiteral("boot_id");
+}
+} // namespace
+
+EventlistService::EventlistService(const Settings& settings, const TextManagerBase& texts,
+                                   QObject* parent)
+    : QObject(parent),
+      m_settings(settings),
+      m_ownEvents(texts),
+      m_decoder(texts),
+      m_database(settings.databasePath),
+      m_events(m_database, settings.maximumRows, settings.maximumBytes),
+      m_alarms(m_database, settings.maximumAlarms, settings.maximumAlarmSize),
+      m_hashes(m_database, settings.maximumHashes),
+      m_senders(settings.senderLimits),
+      m_spool(settings.spool, m_decoder,
+              [this](QVector<SpoolReader::Item>& items) { return storeSpoolItems(items); }),
+      m_eventlistSignal(settings.changeIntervalMs),
+      m_alarmlistSignal(settings.changeIntervalMs)
+{
+    m_batchTimer.setSingleShot(true);
+    QObject::connect(&m_batchTimer, &QTimer::timeout, this, &EventlistService::onBatchTimer);
+    m_secondTimer.setInterval(retryMs);
+    QObject::connect(&m_secondTimer, &QTimer::timeout, this, &EventlistService::onSecond);
+    QObject::connect(&m_eventlistSignal, &CoalescedSignal::changed, this,
+                     &EventlistService::eventlistChanged);
+    QObject::connect(&m_alarmlistSignal, &CoalescedSignal::changed, this,
+                     &EventlistService::alarmlistChanged);
+}
+
+EventlistService::~EventlistService() = default;
+
+bool EventlistService::start()
+{
+    if (!openDatabase())
+    {
+        return false;
+    }
+    m_toldStates = m_alarms.states();
+    logStart();
+    flush();
+    m_spool.start();
+    m_secondTimer.start();
+    checkDatabaseBeside();
+    return true;
+}
+
+void EventlistService::stop()
+{
+    m_spool.setPaused(true);
+    m_batchTimer.stop();
+    m_secondTimer.stop();
+    if (flush())
+    {
+        m_database.setMetaValue(cleanKey(), 1);
+    }
+    else
+    {
+        qWarning() << "The end of the service loses events:" << qint64(m_queue.size());
+    }
+    m_database.close();
+}
+
+void EventlistService::onReachable()
+{
+    m_eventlistSignal.touch();
+    if (m_isTellingAllWanted)
+    {
+        m_alarmlistSignal.touch();
+        const AlarmList::States& now = m_alarms.states();
+        Q_EMIT alarmStatesChanged(now, {!now.hasAlarm, !now.hasActiveAlarm, !now.hasFault,
+                                        !now.hasActiveFault, !now.isCentralDetectorActive});
+    }
+    m_isTellingAllWanted = true;
+}
+
+bool EventlistService::admitsEvent(const QString& sender)
+{
+    if (!m_senders.admitEvent(sender))
+    {
+        return false;
+    }
+    m_suppressedEvents += m_isSuppressed;
+    return !m_isSuppressed;
+}
+
+void EventlistService::takeEvent(const DecodedEvent& decoded, const QString& sender)
+{
+    if (!decoded.isGood())
+    {
+        ++m_refusedEvents;
+        if (m_refusalLimiter.allows())
+        {
+            qWarning() << "An event of" << sender << "is refused:" << decoded.error;
+        }
+        return;
+    }
+    Work work;
+    work.event = decoded.event;
+    work.event.setArrival(QDateTime::currentMSecsSinceEpoch());
+    work.sender = sender;
+    work.size = decoded.event.size();
+    enqueue(std::move(work));
+}
+
+void EventlistService::deleteEventlist(const QString& sender)
+{
+    if (m_senders.admitEvent(sender))
+    {
+        Work work;
+        work.kind = Work::Kind::deletion;
+        work.event = m_ownEvents.eventlistDeleted();
+        work.sender = sender;
+        enqueue(std::move(work));
+    }
+}
+
+void EventlistService::acknowledgeAlarms(const QStringList& alarmIds, const QString& user,
+                                         const QString& sender)
+{
+    if (!m_senders.admitEvent(sender))
+    {
+        return;
+    }
+    Work work;
+    work.kind = Work::Kind::acknowledgement;
+    work.alarmIds = alarmIds;
+    work.user = user.left(longestLogValue);
+    work.sender = sender;
+    for (const QString& id : alarmIds)
+    {
+        work.size += id.size();
+    }
+    enqueue(std::move(work));
+}
+
+void EventlistService::acknowledgeCentralDetector(const QString& user, const QString& sender)
+{
+    if (!m_senders.admitEvent(sender))
+    {
+        return;
+    }
+    Work work;
+    work.kind = Work::Kind::detectorAcknowledgement;
+    work.user = user.left(longestLogValue);
+    work.sender = sender;
+    enqueue(std::move(work));
+}
+
+void EventlistService::suppressEventProcessing(bool isSuppressed, const QString& sender)
+{
+    if (isSuppressed == m_isSuppressed || !m_senders.admitEvent(sender))
+    {
+        return;
+    }
+    m_isSuppressed = isSuppressed;
+    m_spool.setPaused(isSuppressed || m_isFailing);
+    if (isSuppressed)
+    {
+        qWarning() << "Event processing is suppressed by" << sender;
+    }
+    else
+    {
+        qWarning() << "Event processing goes on by" << sender
+                   << "- events dropped meanwhile:" << std::exchange(m_suppressedEvents, 0);
+    }
+    Work work;
+    work.event =
+        isSuppressed ? m_ownEvents.processingSuppressed() : m_ownEvents.processingResumed();
+    work.sender = sender;
+    enqueue(std::move(work));
+}
+
+QVariantMap EventlistService::events(const EventFilter& filter, QString& error)
+{
+    const EventColumns columns(filter.columns);
+    ListAnswer answer(columns.header());
+    if (!flush())
+    {
+        error = QStringLiteral("The database takes nothing");
+    }
+    else if (!m_events.read(filter, columns, answer))
+    {
+        onFailure();
+        error = QStringLiteral("The database does not answer");
+    }
+    if (answer.isTruncated())
+    {
+        qWarning() << "An answer is truncated after" << answer.rows().size() << "rows";
+    }
+    return answer.toMap();
+}
+
+QVariantMap EventlistService::eventTypes(const QString& language) const
+{
+    ListAnswer answer({names::eventType(), names::description()});
+    const QString urls[] = {QStringLiteral("EventlistHandler/EventTypeAlarm"),
+                            QStringLiteral("EventlistHandler/EventTypeAuditTrail"),
+                            QStringLiteral("EventlistHandler/EventTypeFault"),
+                            QStringLiteral("EventlistHandler/EventTypeOtherEvent")};
+    for (int type = alarm; type <= otherEvents; ++type)
+    {
+        answer.add({QString::number(type), m_ownEvents.text(urls[type], language)});
+    }
+    return answer.toMap();
+}
+
+QVariantMap EventlistService::alarms(const QString& language, QString& error)
+{
+    ListAnswer answer(AlarmList::header());
+    if (!flush())
+    {
+        error = QStringLiteral("The database takes nothing");
+    }
+    else if (!m_alarms.read(language, answer))
+    {
+        onFailure();
+        error = QStringLiteral("The database does not answer");
+    }
+    if (answer.isTruncated())
+    {
+        qWarning() << "An answer is truncated after" << answer.rows().size() << "alarms";
+    }
+    return answer.toMap();
+}
+
+QVariantMap EventlistService::alarmState()
+{
+    flush();
+    const AlarmList::States& states = m_alarms.states();
+    return {{QStringLiteral("AlarmInAlarmlist"), states.hasAlarm},
+            {QStringLiteral("ActiveAlarmInAlarmlist"), states.hasActiveAlarm},
+            {QStringLiteral("FaultInAlarmlist"), states.hasFault},
+            {QStringLiteral("ActiveFaultInAlarmlist"), states.hasActiveFault},
+            {QStringLiteral("CentralDetector"), states.isCentralDetectorActive},
+            {QStringLiteral("RefusedAcknowledgements"), m_alarms.refusedCount()}};
+}
+
+HashRegister::Result EventlistService::registerHash(const QString& hash)
+{
+    QString icon;
+    HashRegister::Result result = HashRegister::Result::failed;
+    if (flush() && m_database.begin())
+    {
+        result = m_hashes.registerHash(hash, icon);
+        if (result == HashRegister::Result::failed || !m_database.commit())
+        {
+            result = HashRegister::Result::failed;
+            m_database.rollback();
+            onFailure();
+        }
+    }
+    if (result == HashRegister::Result::registered && !icon.isEmpty())
+    {
+        Q_EMIT iconAvailable(hash, icon);
+    }
+    return result;
+}
+
+bool EventlistService::flush()
+{
+    m_batchTimer.stop();
+    while (!m_queue.empty())
+    {
+        m_lastBatchMs = monotonicMs();
+        if (!writeBatch(std::min<int>(eventsPerTransaction, int(m_queue.size()))))
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool EventlistService::openDatabase()
+{
+    const Database::Opened opened = m_database.open();
+    if (opened == Database::Opened::failed)
+    {
+        return false;
+    }
+    if (!loadAll())
+    {
+        if (m_database.failure() != Database::Failure::damaged ||
+            m_database.replaceDamaged() == Database::Opened::failed || !loadAll())
+        {
+            return false;
+        }
+        logOwn(m_ownEvents.databaseFault(true));
+        logOwn(m_ownEvents.databaseFault(false));
+    }
+    else if (opened == Database::Opened::inPlaceOfDamaged)
+    {
+        logOwn(m_ownEvents.databaseFault(true));
+        logOwn(m_ownEvents.databaseFault(false));
+    }
+    return true;
+}
+
+bool EventlistService::loadAll()
+{
+    m_database.clearFailure();
+    return m_events.load() && m_alarms.load() && m_hashes.load() &&
+           m_database.failure() == Database::Failure::none;
+}
+
+void EventlistService::logStart()
+{
+    const bool isSameBoot = !m_settings.bootId.isEmpty() &&
+                            m_database.metaValue(bootKey()).toString() == m_settings.bootId;
+    logOwn(isSameBoot ? m_ownEvents.restarted() : m_ownEvents.powerOn());
+    m_database.setMetaValue(bootKey(), m_settings.bootId);
+    // After any other end a change may stand in the file that was never told.
+    m_isTellingAllWanted = m_database.metaValue(cleanKey()).toInt() == 0;
+    m_database.setMetaValue(cleanKey(), 0);
+}
+
+void EventlistService::enqueue(Work work)
+{
+    if (m_queuedSize + work.size > longestQueue)
+    {
+        ++m_lostEvents;
+        return;
+    }
+    if (m_queue.empty())
+    {
+        m_oldestQueuedMs = monotonicMs();
+    }
+    m_queuedSize += work.size;
+    m_queue.push_back(std::move(work));
+    scheduleBatch();
+}
+
+void EventlistService::logOwn(const Event& event)
+{
+    Work work;
+    work.event = event;
+    work.size = event.size();
+    enqueue(std::move(work));
+}
+
+void EventlistService::scheduleBatch()
+{
+    if (!m_batchTimer.isActive() && !m_isFailing)
+    {
+        const qint64 wait = m_lastBatchMs + m_settings.batchIntervalMs - monotonicMs();
+        m_batchTimer.start(int(std::max<qint64>(0, wait)));
+    }
+}
+
+void EventlistService::onBatchTimer()
+{
+    // The daemon tells who a new sender is a moment after its first event.
+    if (m_senders.isWaiting() && monotonicMs() - m_oldestQueuedMs < credentialsWaitMs)
+    {
+        m_batchTimer.start(credentialsPollMs);
+        return;
+    }
+    flush();
+}
+
+void EventlistService::onSecond()
+{
+    const auto dropped = m_senders.takeDropped();
+    for (auto it = dropped.begin(); it != dropped.end(); ++it)
+    {
+        const auto identity = m_senders.identity(it.key());
+        qWarning() << "Too many events of" << it.key() << "- dropped:" << it.value();
+        logOwn(m_ownEvents.eventsDropped(
+            QStringLiteral("%1, pid %2, uid %3").arg(it.key()).arg(identity.pid).arg(identity.uid),
+            it.value()));
+    }
+    if (!m_isFailing && m_lostEvents > 0)
+    {
+        const qint64 lost = std::exchange(m_lostEvents, 0);
+        qWarning() << "The queue was full - events dropped:" << lost;
+        logOwn(m_ownEvents.eventsDropped(names::moduleName(), lost));
+    }
+    if (m_isFailing)
+    {
+        if (m_queue.empty())
+        {
+            // Something to try it with.
+            m_isFailing = !m_database.setMetaValue(cleanKey(), 0);
+            if (!m_isFailing)
+            {
+                onStoring();
+            }
+        }
+        flush();
+    }
+}
+
+bool EventlistService::writeBatch(int count)
+{
+    m_database.clearFailure();
+    if (!m_database.begin())
+    {
+        onFailure();
+        return false;
+    }
+    for (int i = 0; i < count; ++i)
+    {
+        setIdentity(m_queue[size_t(i)]);
+        if (!writeOne(m_queue[size_t(i)]))
+        {
+            m_database.rollback();
+            onFailure();
+            return false;
+        }
+    }
+    if (!commit())
+    {
+        return false;
+    }
+    for (int i = 0; i < count; ++i)
+    {
+        m_queuedSize -= m_queue.front().size;
+        m_queue.pop_front();
+    }
+    onStoring();
+    announce();
+    return true;
+}
+
+bool EventlistService::writeOne(Work& work)
+{
+    switch (work.kind)
+    {
+    case Work::Kind::event:
+        return writeEvent(work.event);
+    case Work::Kind::deletion:
+        return m_events.removeAll() && writeEvent(work.event);
+    case Work::Kind::acknowledgement:
+        return writeAcknowledgement(work);
+    case Work::Kind::detectorAcknowledgement:
+        break;
+    }
+    const AlarmList::Effect effect = m_alarms.setCentralDetector(false);
+    return effect == AlarmList::Effect::none ||
+           (effect == AlarmList::Effect::changed &&
+            writeOwn(m_ownEvents.centralDetector(false, work.user)));
+}
+
+bool EventlistService::writeEvent(Event& event)
+{
+    if (!m_events.append(event) || !m_hashes.apply(event, m_announcements))
+    {
+        return false;
+    }
+    m_hasChangedEvents = true;
+    const AlarmList::Effect effect = m_alarms.apply(event);
+    const bool isFull = effect == AlarmList::Effect::overflow;
+    if (effect == AlarmList::Effect::failed)
+    {
+        return false;
+    }
+    if (effect == AlarmList::Effect::changed || effect == AlarmList::Effect::occurred)
+    {
+        m_hasChangedAlarms = true;
+        m_isAlarmlistFull = m_isAlarmlistFull && effect != AlarmList::Effect::occurred;
+    }
+    if (isFull && !std::exchange(m_isAlarmlistFull, true))
+    {
+        return writeOwn(m_ownEvents.alarmlistOverflow());
+    }
+    if (effect != AlarmList::Effect::occurred)
+    {
+        return true;
+    }
+    const AlarmList::Effect detector = m_alarms.setCentralDetector(true);
+    return detector == AlarmList::Effect::none ||
+           (detector == AlarmList::Effect::changed &&
+            writeOwn(m_ownEvents.centralDetector(true, QString())));
+}
+
+bool EventlistService::writeOwn(const Event& event)
+{
+    Event own = event;
+    return writeEvent(own);
+}
+
+bool EventlistService::writeAcknowledgement(const Work& work)
+{
+    for (const QString& id : work.alarmIds)
+    {
+        Event alarm;
+        const AlarmList::Effect effect =
+            m_alarms.acknowledge(id, work.user, QDateTime::currentMSecsSinceEpoch(), alarm);
+        if (effect == AlarmList::Effect::unknown)
+        {
+            if (!m_alarms.countRefused())
+            {
+                return false;
+            }
+            if (m_refusalLimiter.allows())
+            {
+                qWarning() << "Nobody knows the alarm" << shortened(id)
+                           << "that shall be acknowledged by" << shortened(work.user);
+            }
+        }
+        else if (effect == AlarmList::Effect::changed)
+        {
+            Event entry = m_ownEvents.alarmAcknowledged(alarm, work.user);
+            entry.senderUid = work.event.senderUid;
+            entry.senderPid = work.event.senderPid;
+            m_hasChangedAlarms = true;
+            if (!writeEvent(entry))
+            {
+                return false;
+            }
+        }
+        else if (effect == AlarmList::Effect::failed)
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool EventlistService::storeSpoolItems(QVector<SpoolReader::Item>& items)
+{
+    if (m_isFailing || m_isSuppressed || !flush())
+    {
+        return false;
+    }
+    m_database.clearFailure();
+    if (!m_database.begin())
+    {
+        onFailure();
+        return false;
+    }
+    for (SpoolReader::Item& item : items)
+    {
+        bool isRepeated = false;
+        if (!m_events.rememberSpoolFile(item.key, isRepeated) ||
+            (!isRepeated && !writeEvent(item.event)))
+        {
+            m_database.rollback();
+            onFailure();
+            return false;
+        }
+    }
+    if (!commit())
+    {
+        return false;
+    }
+    announce();
+    return true;
+}
+
+bool EventlistService::commit()
+{
+    if (m_events.prune() && m_events.saveCounters() && m_database.commit())
+    {
+        return true;
+    }
+    m_database.rollback();
+    onFailure();
+    return false;
+}
+
+void EventlistService::onFailure()
+{
+    m_announcements.clear();
+    if (m_database.failure() == Database::Failure::damaged)
+    {
+        replaceDatabase();
+        return;
+    }
+    if (!m_isFailing)
+    {
+        m_isFailing = true;
+        m_spool.setPaused(true);
+        qWarning() << "The database takes nothing; events wait in memory";
+        logOwn(m_ownEvents.databaseFault(true));
+    }
+    m_events.load();
+    m_alarms.load();
+    m_hashes.load();
+}
+
+void EventlistService::onStoring()
+{
+    if (m_isFailing)
+    {
+        m_isFailing = false;
+        qWarning() << "The database works again";
+        m_spool.setPaused(m_isSuppressed);
+        logOwn(m_ownEvents.databaseFault(false));
+    }
+}
+
+void EventlistService::replaceDatabase()
+{
+    if (m_database.replaceDamaged() == Database::Opened::failed || !loadAll())
+    {
+        qCritical() << "No database can be opened in place of the damaged one";
+        m_isFailing = true;
+        m_spool.setPaused(true);
+        return;
+    }
+    m_database.setMetaValue(bootKey(), m_settings.bootId);
+    m_hasChangedEvents = true;
+    m_hasChangedAlarms = true;
+    logOwn(m_ownEvents.databaseFault(true));
+    logOwn(m_ownEvents.databaseFault(false));
+}
+
+void EventlistService::announce()
+{
+    if (std::exchange(m_hasChangedEvents, false))
+    {
+        m_eventlistSignal.touch();
+    }
+    if (std::exchange(m_hasChangedAlarms, false))
+    {
+        m_alarmlistSignal.touch();
+    }
+    if (!(m_alarms.states() == m_toldStates))
+    {
+        const AlarmList::States before = std::exchange(m_toldStates, m_alarms.states());
+        Q_EMIT alarmStatesChanged(m_toldStates, before);
+    }
+    const auto announcements = std::exchange(m_announcements, {});
+    for (auto it = announcements.begin(); it != announcements.end(); ++it)
+    {
+        Q_EMIT iconAvailable(it.key(), it.value());
+    }
+}
+
+void EventlistService::setIdentity(Work& work) const
+{
+    if (!work.sender.isEmpty())
+    {
+        const SenderRegistry::Identity identity = m_senders.identity(work.sender);
+        work.event.senderUid = identity.uid;
+        work.event.senderPid = identity.pid;
+    }
+}
+
+void EventlistService::checkDatabaseBeside()
+{
+    if (!m_database.needsCheck() || m_settings.checkProgram.isEmpty())
+    {
+        return;
+    }
+    // Reading a large file as a whole takes seconds, and meanwhile events come: another process
+    // does it.
+    auto* checker = new QProcess(this);
+    QObject::connect(checker, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
+                     [this, checker](int exitCode, QProcess::ExitStatus status) {
+                         checker->deleteLater();
+                         if (status == QProcess::NormalExit && exitCode == exitCodeDamaged)
+                         {
+                             qWarning() << "The check beside the work has found damage";
+                             replaceDatabase();
+                         }
+                     });
+    checker->setProcessChannelMode(QProcess::ForwardedChannels);
+    checker->start(m_settings.checkProgram, {QStringLiteral("--check"), m_settings.databasePath});
+}
+
+} // namespace eventlistd

@@ -1,0 +1,105 @@
+#include "eventlist/Command.h"
+
+#include "eventlist/AckCommand.h"
+#include "eventlist/AlarmsCommand.h"
+#include "eventlist/DeleteCommand.h"
+#include "eventlist/ExitCode.h"
+#include "eventlist/FollowCommand.h"
+#include "eventlist/ListCommand.h"
+#include "eventlist/LogCommand.h"
+#include "eventlist/MessageLog.h"
+#include "eventlist/Output.h"
+#include "eventlist/TypesCommand.h"
+
+namespace
+{
+constexpr int descriptionColumn = 26;
+
+QVector<Option> commonOptions()
+{
+    return {
+        {{QStringLiteral("verbose")},
+         QString(),
+         QStringLiteral("show the library's own warnings too")},
+        {{QStringLiteral("h"), QStringLiteral("help")}, QString(), QStringLiteral("this text")}};
+}
+
+QString optionLine(const Option& option)
+{
+    QStringList names;
+    for (const QString& name : option.names)
+    {
+        names += (name.size() == 1 ? QStringLiteral("-") : QStringLiteral("--")) + name;
+    }
+    QString head = QStringLiteral("  ") +
+                   (option.names.first().size() == 1 ? QString() : QStringLiteral("    "));
+    head += names.join(QStringLiteral(", "));
+    head += option.valueName.isEmpty() ? QString() : QLatin1Char(' ') + option.valueName;
+    if (head.size() > descriptionColumn - 2)
+    {
+        head += QLatin1Char('\n');
+    }
+    const QString indent = QLatin1Char('\n') + QString(descriptionColumn, QLatin1Char(' '));
+    const int used = head.endsWith(QLatin1Char('\n')) ? 0 : head.size();
+    QString description = option.description;
+    return head + QString(descriptionColumn - used, QLatin1Char(' ')) +
+           description.replace(QLatin1Char('\n'), indent) + QLatin1Char('\n');
+}
+} // namespace
+
+Command::~Command() = default;
+
+QString Command::help() const
+{
+    QString text = QStringLiteral("Usage: eventlist ") + name() + QLatin1Char(' ') + usage() +
+                   QStringLiteral("\n\n") + explanation() + QStringLiteral("\nOptions:\n");
+    for (const Option& option : options() + commonOptions())
+    {
+        text += optionLine(option);
+    }
+    text += QStringLiteral("\nExamples:\n");
+    for (const QString& example : examples())
+    {
+        text += QStringLiteral("  eventlist ") + example + QLatin1Char('\n');
+    }
+    return text + QStringLiteral("\nExit codes: 0 done, 1 failed or refused, 2 wrong command line, "
+                                 "3 bus or service not there\n");
+}
+
+int Command::complain(const QString& text) const
+{
+    Output::error(text + QStringLiteral("; see 'eventlist ") + name() + QStringLiteral(" --help'"));
+    return ExitCode::wrongUsage;
+}
+
+int Command::execute(const QStringList& words)
+{
+    Arguments arguments(options() + commonOptions());
+    if (!arguments.parse(words))
+    {
+        return complain(arguments.errorText());
+    }
+    if (arguments.isSet(QStringLiteral("help")))
+    {
+        Output::write(help());
+        return ExitCode::success;
+    }
+    MessageLog::setVerbose(arguments.isSet(QStringLiteral("verbose")));
+    return run(arguments);
+}
+
+const std::vector<std::unique_ptr<Command>>& Command::all()
+{
+    static const auto commands = [] {
+        std::vector<std::unique_ptr<Command>> made;
+        made.push_back(std::make_unique<ListCommand>());
+        made.push_back(std::make_unique<FollowCommand>());
+        made.push_back(std::make_unique<AlarmsCommand>());
+        made.push_back(std::make_unique<AckCommand>());
+        made.push_back(std::make_unique<LogCommand>());
+        made.push_back(std::make_unique<TypesCommand>());
+        made.push_back(std::make_unique<DeleteCommand>());
+        return made;
+    }();
+    return commands;
+}

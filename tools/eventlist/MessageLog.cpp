@@ -1,0 +1,37 @@
+#include "eventlist/MessageLog.h"
+
+#include "eventlist/Output.h"
+
+#include <QtGlobal>
+
+#include <atomic>
+
+namespace
+{
+std::atomic<bool> isShown{false};
+std::atomic<int> warnings{0};
+
+void handle(QtMsgType type, const QMessageLogContext&, const QString& text)
+{
+    warnings += type == QtWarningMsg ? 1 : 0;
+    if (isShown || type == QtCriticalMsg || type == QtFatalMsg)
+    {
+        Output::error(text);
+    }
+}
+} // namespace
+
+void MessageLog::take()
+{
+    qInstallMessageHandler(handle);
+}
+
+void MessageLog::setVerbose(bool isVerbose)
+{
+    isShown = isVerbose;
+}
+
+int MessageLog::warningCount()
+{
+    return warnings;
+}

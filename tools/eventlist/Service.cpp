@@ -1,0 +1,116 @@
+#include "eventlist/Service.h"
+
+#include "eventlist/ExitCode.h"
+#include "eventlist/ListReply.h"
+#include "eventlist/Output.h"
+
+#include "Common/DBusTools/DBusConnectorBase.h"
+
+#include "Platform/DBusConnection.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+
+bool Service::isThere(const DBusConnectorBase& connector)
+{
+    if (connector.isDBusInterfaceValid())
+    {
+        return true;
+    }
+    Output::error(absence(connector));
+    return false;
+}
+
+QString Service::absence(const DBusConnectorBase& connector)
+{
+    if (!DBusConnection::getQDBusConnection().isConnected())
+    {
+        const QString address = qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS");
+        return QStringLiteral("cannot reach the %1; start it, or set DBUS_SYSTEM_BUS_ADDRESS to "
+                              "the address of the right one")
+            .arg(address.isEmpty() ? QStringLiteral("system bus")
+                                   : QStringLiteral("bus at '%1'").arg(address));
+    }
+    return QStringLiteral("the central service does not run: nobody owns the bus name %1; start "
+                          "eventlistd")
+        .arg(connector.getServiceName());
+}
+
+namespace
+{
+QString failure(const DBusPendingReply& reply)
+{
+    return reply.isError() ? QStringLiteral("the service did not answer the query: %1 (%2)")
+                                 .arg(reply.error().message(), reply.error().name())
+                           : QString();
+}
+
+QString wrongShape()
+{
+    return QStringLiteral("the answer of the service cannot be read; is it another version?");
+}
+} // namespace
+
+QString Service::readList(const DBusPendingReply& reply, ListReply& list)
+{
+    const QString problem = failure(reply);
+    return problem.isEmpty() && !list.read(reply.values()) ? wrongShape() : problem;
+}
+
+int Service::waitForList(const DBusConnectorBase& connector,
+                         const DBusPendingReply::SharedPointer& reply, ListReply& list)
+{
+    if (reply.isNull())
+    {
+        Output::error(absence(connector));
+        return ExitCode::notReachable;
+    }
+    reply->waitForFinished();
+    const QString problem = readList(*reply, list);
+    if (!problem.isEmpty())
+    {
+        Output::error(problem);
+        return ExitCode::failed;
+    }
+    return ExitCode::success;
+}
+
+int Service::waitForDictionary(const DBusConnectorBase& connector,
+                               const DBusPendingReply::SharedPointer& reply,
+                               QVariantMap& dictionary)
+{
+    if (reply.isNull())
+    {
+        Output::error(absence(connector));
+        return ExitCode::notReachable;
+    }
+    reply->waitForFinished();
+    QString problem = failure(*reply);
+    if (problem.isEmpty() && !ListReply::readDictionary(reply->values().value(0), dictionary))
+    {
+        problem = wrongShape();
+    }
+    if (!problem.isEmpty())
+    {
+        Output::error(problem);
+        return ExitCode::failed;
+    }
+    return ExitCode::success;
+}
+
+int Service::flush(const DBusConnectorBase& connector)
+{
+    // A connection keeps the order of its messages: the answer comes after all that was sent.
+    const QDBusMessage answer =
+        DBusConnection::getQDBusConnection().call(QDBusMessage::createMethodCall(
+            connector.getServiceName(), QStringLiteral("/"),
+            QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping")));
+    if (answer.type() == QDBusMessage::ReplyMessage)
+    {
+        return ExitCode::success;
+    }
+    Output::error(QStringLiteral("the service went away before it took this over (%1); look at the "
+                                 "list, and repeat it")
+                      .arg(answer.errorMessage()));
+    return ExitCode::notReachable;
+}
