@@ -74,9 +74,9 @@ DBusConnection* rawConnection(const QDBusConnection& connection)
 
 QDBusMessage busCall(const QString& method, const QByteArray& argument)
 {
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        QLatin1String(DBUS_SERVICE_DBUS), QLatin1String(DBUS_PATH_DBUS),
-        QLatin1String(DBUS_INTERFACE_DBUS), method);
+    QDBusMessage call = QDBusMessage::createMethodCall(QLatin1String(DBUS_SERVICE_DBUS),
+                                                       QLatin1String(DBUS_PATH_DBUS),
+                                                       QLatin1String(DBUS_INTERFACE_DBUS), method);
     call << QString::fromUtf8(argument);
     return call;
 }
@@ -196,8 +196,8 @@ void DBusLink::Tap::send(const QByteArray& name)
 {
     // Without a pending call, so that the answer runs through the filter, in its order among the
     // news.
-    const MessagePointer message(dbus_message_new_method_call(
-        DBUS_SERVICE_DBUS, DBUS_PATH_DBUS, DBUS_INTERFACE_DBUS, "GetNameOwner"));
+    const MessagePointer message(dbus_message_new_method_call(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS,
+                                                              DBUS_INTERFACE_DBUS, "GetNameOwner"));
     const char* const argument = name.constData();
     dbus_uint32_t serial = 0;
     if (message &&
@@ -216,8 +216,8 @@ DBusLink::DBusLink(quint64 generation, const QDBusConnection& connection)
 std::shared_ptr<DBusLink> DBusLink::open(quint64 generation, Listener& listener)
 {
     const QString name = connectionName(generation);
-    std::shared_ptr<DBusLink> link(new DBusLink(
-        generation, QDBusConnection::connectToBus(QDBusConnection::SystemBus, name)));
+    std::shared_ptr<DBusLink> link(
+        new DBusLink(generation, QDBusConnection::connectToBus(QDBusConnection::SystemBus, name)));
     if (DBusConnection* const raw = rawConnection(link->m_connection))
     {
         // The bus interface lives on QtDBus' thread.

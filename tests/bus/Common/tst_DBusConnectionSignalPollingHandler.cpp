@@ -340,7 +340,8 @@ void tst_DBusConnectionSignalPollingHandler::canEndWhileSignalsArrive()
     do
     {
         isSent = isSent && send("state", {true}, "/Pump", "Interface.Pump", 100);
-    } while (runningCount > 0);
+    }
+    while (runningCount > 0);
     for (std::thread& thread : threads)
     {
         thread.join();
