@@ -84,6 +84,8 @@ class EventlistFollow(unittest.TestCase):
             self.device.kill_service()
             self.device.start_service()
             self.device.log(f"after {round_number}", module="M")
+            # The answer to a query comes after everything before it is stored.
+            self.assertEqual(len(self.device.events("--module", "M")), round_number + 1)
         self.wait_for(program, "after 4")
         self.assertEqual(self.events(program), [f"after {round_number}" for round_number in range(5)])
 
