@@ -2,9 +2,26 @@
 
 #include <dbus/dbus.h>
 
-#include <QtGlobal>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QMetaObject>
 
+#include <map>
 #include <utility>
+
+/// What the filter knows. It belongs to the bus connection, which may outlive the link.
+struct DBusLink::Tap
+{
+    void hear(DBusMessage* message);
+    void hearSignal(DBusMessage* message) const;
+    void hearOwnerChange(DBusMessage* message) const;
+    void hearAnswer(DBusMessage* message);
+
+    const quint64 generation;
+    DBusLink::Listener& listener;
+    // Of QtDBus' thread: serial number and bus name.
+    std::map<quint32, QByteArray> questions;
+};
 
 namespace
 {
@@ -13,13 +30,6 @@ struct MessageRelease
     void operator()(DBusMessage* message) const { dbus_message_unref(message); }
 };
 using MessagePointer = std::unique_ptr<DBusMessage, MessageRelease>;
-
-/// What the filter knows. It belongs to the bus connection, which may outlive the link.
-struct Tap
-{
-    quint64 generation;
-    DBusLink::Listener* listener;
-};
 
 QString connectionName(quint64 generation)
 {
@@ -31,29 +41,17 @@ DBusConnection* rawConnection(const QDBusConnection& connection)
     return static_cast<DBusConnection*>(connection.internalPointer());
 }
 
-MessagePointer busCall(const char* method, const char* argument)
+QDBusMessage busCall(const QString& method, const QByteArray& argument)
 {
-    MessagePointer message(dbus_message_new_method_call(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS,
-                                                        DBUS_INTERFACE_DBUS, method));
-    if (message)
-    {
-        dbus_message_append_args(message.get(), DBUS_TYPE_STRING, &argument, DBUS_TYPE_INVALID);
-    }
-    return message;
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        QLatin1String(DBUS_SERVICE_DBUS), QLatin1String(DBUS_PATH_DBUS),
+        QLatin1String(DBUS_INTERFACE_DBUS), method);
+    call << QString::fromUtf8(argument);
+    return call;
 }
+} // namespace
 
-void sendWithoutReply(const QDBusConnection& connection, const char* method,
-                      const QByteArray& argument)
-{
-    const MessagePointer message = busCall(method, argument.constData());
-    if (message)
-    {
-        dbus_message_set_no_reply(message.get(), TRUE);
-        dbus_connection_send(rawConnection(connection), message.get(), nullptr);
-    }
-}
-
-void hearOwnerChange(const Tap& tap, DBusMessage* message)
+void DBusLink::Tap::hearOwnerChange(DBusMessage* message) const
 {
     const char* name = nullptr;
     const char* oldOwner = nullptr;
@@ -63,64 +61,67 @@ void hearOwnerChange(const Tap& tap, DBusMessage* message)
         dbus_message_get_args(message, nullptr, DBUS_TYPE_STRING, &name, DBUS_TYPE_STRING,
                               &oldOwner, DBUS_TYPE_STRING, &newOwner, DBUS_TYPE_INVALID))
     {
-        tap.listener->ownerChanged(tap.generation, name, newOwner);
+        listener.ownerChanged(generation, name, newOwner);
     }
 }
 
-void hearSignal(const Tap& tap, DBusMessage* message)
+void DBusLink::Tap::hearSignal(DBusMessage* message) const
 {
-    DBusLink::Signal signal{dbus_message_get_sender(message), dbus_message_get_path(message),
-                            dbus_message_get_member(message), dbus_message_get_signature(message),
-                            false};
+    Signal signal{dbus_message_get_sender(message), dbus_message_get_path(message),
+                  dbus_message_get_member(message), dbus_message_get_signature(message), false};
     if (qstrcmp(signal.signature, DBUS_TYPE_BOOLEAN_AS_STRING) == 0)
     {
         dbus_bool_t argument = FALSE;
         dbus_message_get_args(message, nullptr, DBUS_TYPE_BOOLEAN, &argument, DBUS_TYPE_INVALID);
         signal.argument = argument != FALSE;
     }
-    tap.listener->signalArrived(tap.generation, signal);
+    listener.signalArrived(generation, signal);
 }
 
-void hearAnswer(const Tap& tap, DBusMessage* message)
+void DBusLink::Tap::hearAnswer(DBusMessage* message)
 {
+    const auto question = questions.find(dbus_message_get_reply_serial(message));
+    if (question == questions.end())
+    {
+        return;
+    }
     const char* owner = "";
     if (dbus_message_get_type(message) == DBUS_MESSAGE_TYPE_METHOD_RETURN)
     {
         dbus_message_get_args(message, nullptr, DBUS_TYPE_STRING, &owner, DBUS_TYPE_INVALID);
     }
-    tap.listener->ownerAnswered(tap.generation, dbus_message_get_reply_serial(message), owner);
+    const QByteArray name = question->second;
+    questions.erase(question);
+    listener.ownerAnswered(generation, name, owner);
 }
 
-DBusHandlerResult filter(DBusConnection*, DBusMessage* message, void* data)
+void DBusLink::Tap::hear(DBusMessage* message)
 {
-    const Tap& tap = *static_cast<Tap*>(data);
     switch (dbus_message_get_type(message))
     {
     case DBUS_MESSAGE_TYPE_SIGNAL:
         if (dbus_message_is_signal(message, DBUS_INTERFACE_LOCAL, "Disconnected"))
         {
-            tap.listener->linkLost(tap.generation);
+            listener.linkLost(generation);
         }
         else if (dbus_message_is_signal(message, DBUS_INTERFACE_DBUS, "NameOwnerChanged"))
         {
-            hearOwnerChange(tap, message);
+            hearOwnerChange(message);
         }
         else
         {
-            hearSignal(tap, message);
+            hearSignal(message);
         }
         break;
     case DBUS_MESSAGE_TYPE_METHOD_RETURN:
     case DBUS_MESSAGE_TYPE_ERROR:
-        // Answers to calls of QtDBus never get here; these are the answers to our own questions.
-        hearAnswer(tap, message);
+        // Answers to calls of QtDBus never get here.
+        hearAnswer(message);
         break;
     default:
         break;
     }
-    return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
 }
-} // namespace
 
 DBusLink::DBusLink(quint64 generation, const QDBusConnection& connection)
     : m_generation(generation), m_connection(connection)
@@ -132,11 +133,15 @@ std::shared_ptr<DBusLink> DBusLink::open(quint64 generation, Listener& listener)
     const QString name = connectionName(generation);
     std::shared_ptr<DBusLink> link(new DBusLink(
         generation, QDBusConnection::connectToBus(QDBusConnection::SystemBus, name)));
-    DBusConnection* const raw = rawConnection(link->m_connection);
-    if (raw != nullptr)
+    if (DBusConnection* const raw = rawConnection(link->m_connection))
     {
-        const auto deleteTap = [](void* data) { delete static_cast<Tap*>(data); };
-        dbus_connection_add_filter(raw, filter, new Tap{generation, &listener}, deleteTap);
+        const auto hear = [](DBusConnection*, DBusMessage* message, void* tap) {
+            static_cast<Tap*>(tap)->hear(message);
+            return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
+        };
+        link->m_tap = new Tap{generation, listener, {}};
+        dbus_connection_add_filter(raw, hear, link->m_tap,
+                                   [](void* tap) { delete static_cast<Tap*>(tap); });
     }
     // Asked after the filter stands: a loss from now on is heard, one before is seen here.
     if (!link->m_connection.isConnected())
@@ -155,30 +160,39 @@ void DBusLink::close(std::shared_ptr<DBusLink>&& link)
 
 void DBusLink::addMatch(const QByteArray& rule) const
 {
-    sendWithoutReply(m_connection, "AddMatch", rule);
+    m_connection.send(busCall(QStringLiteral("AddMatch"), rule));
 }
 
 void DBusLink::removeMatch(const QByteArray& rule) const
 {
-    sendWithoutReply(m_connection, "RemoveMatch", rule);
+    m_connection.send(busCall(QStringLiteral("RemoveMatch"), rule));
 }
 
-void DBusLink::watchOwner(const QByteArray& name) const
+void DBusLink::followOwner(const QByteArray& name) const
 {
+    // In this order: no change can slip through between the answer and the first news.
     addMatch("type='signal',sender='" DBUS_SERVICE_DBUS "',interface='" DBUS_INTERFACE_DBUS
              "',member='NameOwnerChanged',arg0='" +
              name + '\'');
+    // The bus interface lives on QtDBus' thread, the only one that may use the connection of
+    // libdbus: from another, a full socket makes QtDBus stop writing for good.
+    const std::shared_ptr<const DBusLink> self = shared_from_this();
+    QMetaObject::invokeMethod(
+        m_connection.interface(), [self, name] { self->askOwner(name); }, Qt::QueuedConnection);
 }
 
-quint32 DBusLink::askOwner(const QByteArray& name) const
+void DBusLink::askOwner(const QByteArray& name) const
 {
-    // No pending call: its callback could be set too late. As it is, the answer runs through the
-    // filter, in its order among the news.
+    // Without a pending call, so that the answer runs through the filter, in its order among the
+    // news.
+    const MessagePointer message(dbus_message_new_method_call(
+        DBUS_SERVICE_DBUS, DBUS_PATH_DBUS, DBUS_INTERFACE_DBUS, "GetNameOwner"));
+    const char* const argument = name.constData();
     dbus_uint32_t serial = 0;
-    const MessagePointer message = busCall("GetNameOwner", name.constData());
-    if (message)
+    if (message &&
+        dbus_message_append_args(message.get(), DBUS_TYPE_STRING, &argument, DBUS_TYPE_INVALID) &&
+        dbus_connection_send(rawConnection(m_connection), message.get(), &serial))
     {
-        dbus_connection_send(rawConnection(m_connection), message.get(), &serial);
+        m_tap->questions[serial] = name;
     }
-    return serial;
 }

@@ -154,7 +154,8 @@ public:
                                                    const QString& objectName,
                                                    const QString& interfaceName);
 
-    /// A proxy of another generation than the one that is known, while its connection is alive.
+    /// A proxy of another generation than the one that is known, while its connection is alive. A
+    /// new connection has a proxy as soon as the service has been seen there.
     struct View
     {
         quint64 generation = 0;
@@ -197,7 +198,6 @@ private:
     {
         QByteArray name;
         // Of the current generation.
-        quint32 question = 0;
         bool isAnswered = false;
         bool isKnownToQt = false;
         QByteArray owner;
@@ -230,12 +230,14 @@ private:
     void publish(const Service& service);
     void clearStates();
     void tell(const std::list<DBusSubscriber*>& subscribers);
+    void awaitFirst(Lock& lock, const std::shared_ptr<DBusRemoteObject>& object);
     template<typename Condition>
     void waitBriefly(Lock& lock, Condition isSettled);
     static void leaveForkedChild();
 
     void linkLost(quint64 generation) override;
-    void ownerAnswered(quint64 generation, quint32 serial, const QByteArray& owner) override;
+    void ownerAnswered(quint64 generation, const QByteArray& name,
+                       const QByteArray& owner) override;
     void ownerChanged(quint64 generation, const QByteArray& name, const QByteArray& owner) override;
     void signalArrived(quint64 generation, const DBusLink::Signal& signal) override;
 

@@ -205,9 +205,18 @@ bool EventStore::prune()
     {
         return false;
     }
-    // A hundredth at a time: the next event shall not find the file full again.
-    return m_rowCount < 2 || m_database.usedBytes() <= m_maximumBytes ||
-           removeOldest(std::max<qint64>(1, m_rowCount / 100));
+    for (qint64 used = m_database.usedBytes(); used > m_maximumBytes && m_rowCount > 1;
+         used = m_database.usedBytes())
+    {
+        // A hundredth more than needed: the next event shall not find the file full again.
+        const double share = double(used - m_maximumBytes) / double(used) + 0.01;
+        const qint64 rows = qint64(double(m_rowCount) * share) + 1;
+        if (!removeOldest(std::min(rows, m_rowCount - 1)))
+        {
+            return false;
+        }
+    }
+    return m_database.failure() == Database::Failure::none;
 }
 
 bool EventStore::removeAll()
@@ -265,10 +274,14 @@ bool EventStore::rememberSpoolFile(const SpoolKey& key, bool& isRepeated)
         return false;
     }
     isRepeated = insertion.numRowsAffected() == 0;
+    if (isRepeated)
+    {
+        return true;
+    }
     QSqlQuery& removal = m_database.statement(QStringLiteral(
         "DELETE FROM spool_seen WHERE number <= (SELECT max(number) FROM spool_seen) - ?"));
     removal.bindValue(0, spoolKeysKept);
-    return !isRepeated && m_database.run(removal);
+    return m_database.run(removal);
 }
 
 bool EventStore::removeOldest(qint64 rows)

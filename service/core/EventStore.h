@@ -42,7 +42,7 @@ public:
     bool read(const EventFilter& filter, const class EventColumns& columns, ListAnswer& answer);
 
     /// Remembers that the event of a spool file is stored. In the transaction that stores it.
-    /// Failure: false, also when it was stored before; isRepeated tells which.
+    /// \param isRepeated  is set: it was stored before, and is not to be stored again
     bool rememberSpoolFile(const SpoolKey& key, bool& isRepeated);
 
     qint64 rowCount() const { return m_rowCount; }

@@ -137,7 +137,7 @@ QJsonObject ForeignService::readAnswer()
     return answer;
 }
 
-QJsonObject ForeignService::execute(QJsonObject command)
+QJsonObject ForeignService::execute(const QJsonObject& command)
 {
     if (!isRunning())
     {
@@ -303,6 +303,7 @@ void ForeignService::clear()
 
 bool ForeignService::reset()
 {
+    m_records.clear();
     return isOk(execute(commandNamed("reset")));
 }
 
