@@ -113,9 +113,10 @@ int ListCommand::run(const Arguments& arguments)
     {
         return complain(query.errorText());
     }
-    if (!arguments.readNumber(QStringLiteral("count"), 0, defaultRows, count))
+    QString error;
+    if (!arguments.readNumber(QStringLiteral("count"), 0, defaultRows, count, error))
     {
-        return ExitCode::wrongUsage;
+        return complain(error);
     }
     EventlistHandlerDBusConnectorRead connector(false);
     if (!Service::isThere(connector))
