@@ -135,6 +135,7 @@ private Q_SLOTS:
     void doesNotBlockWhileTheServiceStandsStill();
 
     void worksWithoutApplicationAndBeforeMain();
+    void waitsBrieflyForABusThatStandsStillAtTheStart();
     void endsWithTheProcess_data();
     void endsWithTheProcess();
 
@@ -217,8 +218,9 @@ void tst_DBusConnectorBase::warnsOncePerAsynchronousAndTwicePerSynchronousCallWi
     m_warnings.expect(text, file, QStringLiteral("DBusConnectorBase::asyncCallHelper"));
     for (int i = 0; i < 4; ++i)
     {
-        m_warnings.expect(text, file, i < 2 ? QStringLiteral("DBusConnectorBase::syncCallNoBlock")
-                                            : QStringLiteral("DBusConnectorBase::syncCallHelper"));
+        m_warnings.expect(text, file,
+                          i < 2 ? QStringLiteral("DBusConnectorBase::syncCallNoBlock")
+                                : QStringLiteral("DBusConnectorBase::syncCallHelper"));
     }
     const TestConnector connector;
     QVERIFY(waitUntil([&] { return !connector.isDBusInterfaceValid(); }));
@@ -265,8 +267,8 @@ void tst_DBusConnectorBase::composesItsAddress()
         nullptr, DBusConnectorBase::defaultMode);
 
     QCOMPARE(connector.getServiceName(),
-             QString(QString(serviceName()).replace(QLatin1String("EventlistHandler"),
-                                                    QLatin1String("Valve-2"))));
+             QString(QString(serviceName())
+                         .replace(QLatin1String("EventlistHandler"), QLatin1String("Valve-2"))));
     QCOMPARE(connector.getDBusPath(), QStringLiteral("/State"));
 }
 
@@ -383,8 +385,7 @@ void tst_DBusConnectorBase::warnsTwiceWhenABlockingCallFails()
 {
     QVERIFY(m_service.answerError(QStringLiteral("registerEventHash"),
                                   QStringLiteral("org.example.Refused"), QString()));
-    const QString text =
-        QStringLiteral("D-Bus call to method registerEventHash failed: !");
+    const QString text = QStringLiteral("D-Bus call to method registerEventHash failed: !");
     for (int i = 0; i < 2; ++i)
     {
         m_warnings.expect(quoted(text), QStringLiteral("DBusConnectorBase"),
@@ -580,11 +581,11 @@ void tst_DBusConnectorBase::refusesAForeignThreadWhileItsProxyIsReplaced()
     QVERIFY(m_bus.start() && m_service.reconnect());
     QVERIFY(waitWithoutEvents([&] { return observer.isDBusInterfaceValid(); }));
 
-    const QString message =
-        std::async(std::launch::async, [&] {
-            return connector.isDBusInterfaceValid() ? QString()
-                                                    : connector.getInvalidDBusInterfaceMessage();
-        }).get();
+    const QString message = std::async(std::launch::async, [&] {
+                                return connector.isDBusInterfaceValid()
+                                           ? QString()
+                                           : connector.getInvalidDBusInterfaceMessage();
+                            }).get();
     QCOMPARE(message, messageFor(QStringLiteral("a new connection to the bus waits for the thread "
                                                 "of this connector, on which to find ") +
                                  serviceName()));
@@ -631,8 +632,8 @@ void tst_DBusConnectorBase::endsInOtherThreadsWhileTheBusRestarts()
     {
         isRestarted = isRestarted && restartBus();
         const TestConnector connector;
-        isRestarted = isRestarted &&
-                      waitWithoutEvents([&] { return connector.isDBusInterfaceValid(); });
+        isRestarted =
+            isRestarted && waitWithoutEvents([&] { return connector.isDBusInterfaceValid(); });
     }
     isOver = true;
     for (std::thread& thread : threads)
@@ -732,6 +733,28 @@ void tst_DBusConnectorBase::worksWithoutApplicationAndBeforeMain()
     QCOMPARE(tell("fork"), QByteArray("1"));
     QCOMPARE(tell("valid"), QByteArray("1"));
     QVERIFY(module.readAllStandardError().isEmpty());
+}
+
+void tst_DBusConnectorBase::waitsBrieflyForABusThatStandsStillAtTheStart()
+{
+    QVERIFY2(m_bus.freeze(), m_bus.errorText());
+    ChildProcess module;
+    QElapsedTimer timer;
+    timer.start();
+    const bool isStarted = module.startAndWait(QStringLiteral(CONNECTOR_PROCESS), {});
+    module.write("valid\n");
+    const QByteArray answer = module.readOutputLine();
+    const qint64 elapsed = timer.elapsed();
+    m_bus.thaw();
+
+    QVERIFY(isStarted);
+    QCOMPARE(answer, QByteArray("0"));
+    // One second, and not the 25 that the bus itself would be waited for.
+    QVERIFY2(elapsed >= 1000 && elapsed < 8000, QByteArray::number(elapsed));
+    QVERIFY(waitUntil([&] {
+        module.write("valid\n");
+        return module.readOutputLine() == "1";
+    }));
 }
 
 void tst_DBusConnectorBase::endsWithTheProcess_data()
