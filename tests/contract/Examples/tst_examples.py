@@ -184,11 +184,39 @@ class Texts(unittest.TestCase):
         self.assertEqual(found["lang_fr.ts"], found["lang_en.ts"])
 
 
-class Readme(unittest.TestCase):
-    def test_first_sample_is_the_alarm_example_as_it_is_compiled(self):
-        readme = (SOURCES.parent / "README.md").read_text(encoding="utf-8")
-        sample = re.search(r"```cpp\n(.*?)```", readme, re.S).group(1)
-        self.assertEqual(sample, (SOURCES / "alarm.cpp").read_text(encoding="utf-8"))
+class Documents(unittest.TestCase):
+    @staticmethod
+    def blocks(file, language):
+        text = (SOURCES.parent / file).read_text(encoding="utf-8")
+        return re.findall(rf"```{language}\n(.*?)```", text, re.S)
+
+    def test_first_sample_of_the_readme_is_the_alarm_example_as_it_is_compiled(self):
+        self.assertEqual(self.blocks("README.md", "cpp")[0], (SOURCES / "alarm.cpp").read_text(encoding="utf-8"))
+
+    def test_documented_files_and_the_documented_call_give_the_events_that_they_describe(self):
+        with Device() as device:
+            device.start_service()
+            for number, block in enumerate(self.blocks("docs/spool-format.md", "json")):
+                # As a writer does it: complete under its final name.
+                temporary = device.spool / "temporary"
+                temporary.write_text(block, encoding="utf-8")
+                temporary.rename(device.spool / f"example{number}.event.json")
+            done = device.run("sh", "-c", self.blocks("docs/wire.md", "sh")[0])
+            self.assertEqual((done.returncode, done.stderr), (0, ""))
+
+            def events():
+                found = [event for event in device.events() if event["ModuleName"] != "EventlistHandler"]
+                return len(found) == 3 and found
+            found = wait_until(events, "all three are in the list")
+            alarms = [event for event in found if event["ModuleName"] == "PumpControl"]
+            for alarm in alarms:
+                del alarm["EventlistId"]
+            self.assertEqual(len(alarms), 2)
+            self.assertEqual(alarms[0], alarms[1])
+            self.assertEqual(alarms[0]["Description"]["lang_en"], "Overtemperature at pump 3, value 97.5")
+            self.assertEqual(alarms[0]["DateTimeMsUTC"], "2026-03-14T09:26:53.589+01:00")
+            emergency = next(event for event in found if event["ModuleName"] == "supervisor")
+            self.assertIn("PumpControl", emergency["Description"]["lang_en"])
 
 
 if __name__ == "__main__":
