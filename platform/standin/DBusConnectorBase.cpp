@@ -137,6 +137,11 @@ void DBusConnectorBase::initObject()
     d->start();
 }
 
+void DBusConnectorBase::customEvent(QEvent*)
+{
+    d->hear();
+}
+
 bool DBusConnectorBase::isDBusInterfaceValid() const
 {
     return d->isValid();

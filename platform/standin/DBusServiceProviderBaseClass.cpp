@@ -192,12 +192,17 @@ DBusServiceProviderBaseClass::DBusServiceProviderBaseClass(
 {
     DBusTracker::instance().subscribe(*d);
     // Later: only then is the object complete, and its own slots can be called.
-    QMetaObject::invokeMethod(this, [this] { d->publish(); }, Qt::QueuedConnection);
+    d->tell();
 }
 
 DBusServiceProviderBaseClass::~DBusServiceProviderBaseClass()
 {
     d->withdraw();
+}
+
+void DBusServiceProviderBaseClass::customEvent(QEvent*)
+{
+    d->hear();
 }
 
 QString DBusServiceProviderBaseClass::getModuleName() const

@@ -4,9 +4,10 @@
 
 #include <dbus/dbus.h>
 
+#include <QCoreApplication>
 #include <QDBusServiceWatcher>
 #include <QDebug>
-#include <QMetaObject>
+#include <QEvent>
 #include <QObject>
 
 #include <algorithm>
@@ -101,6 +102,20 @@ bool DBusAddress::isAllowedMember(const QByteArray& name)
 DBusRemoteObject::DBusRemoteObject(const DBusAddress& objectAddress)
     : address(objectAddress), placeholder(new Proxy(address, noConnection()))
 {
+}
+
+void DBusSubscriber::tell()
+{
+    if (!m_isTold.exchange(true))
+    {
+        QCoreApplication::postEvent(&m_context, new QEvent(QEvent::User));
+    }
+}
+
+void DBusSubscriber::hear()
+{
+    m_isTold = false;
+    connectionReplaced();
 }
 
 DBusTracker::Pin::Pin(const QDBusConnection& connection)
@@ -384,14 +399,7 @@ void DBusTracker::tell(const std::list<DBusSubscriber*>& subscribers)
 {
     for (DBusSubscriber* const subscriber : subscribers)
     {
-        if (!subscriber->m_isTold.exchange(true))
-        {
-            const auto hear = [subscriber] {
-                subscriber->m_isTold = false;
-                subscriber->connectionReplaced();
-            };
-            QMetaObject::invokeMethod(&subscriber->m_context, hear, Qt::QueuedConnection);
-        }
+        subscriber->tell();
     }
 }
 
