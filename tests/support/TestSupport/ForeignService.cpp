@@ -232,10 +232,11 @@ const char* ForeignService::errorText() const
 
 bool ForeignService::synchronise(const QDBusConnection& sender)
 {
-    // The service's own library answers a ping, in its turn among all messages of this connection.
+    // Answered in its turn among all messages of this connection, and not recorded. Not a ping,
+    // which the library of a BusMonitor would answer too, and be disconnected for it.
     const QDBusMessage ping = QDBusMessage::createMethodCall(
-        m_uniqueName, QStringLiteral("/"), QStringLiteral("org.freedesktop.DBus.Peer"),
-        QStringLiteral("Ping"));
+        m_uniqueName, QStringLiteral("/"), QStringLiteral("org.eventlist.RecordingService"),
+        QStringLiteral("Synchronise"));
     const QDBusMessage answer = sender.call(ping, QDBus::Block, int(defaultDeadline.count()));
     if (answer.type() != QDBusMessage::ReplyMessage)
     {
