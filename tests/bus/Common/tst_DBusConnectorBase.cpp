@@ -10,6 +10,7 @@
 #include "Platform/ErrorContainer.h"
 
 #include <QDBusArgument>
+#include <QDBusMetaType>
 #include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QTest>
@@ -20,6 +21,8 @@
 #include <memory>
 #include <thread>
 #include <vector>
+
+Q_DECLARE_METATYPE(DBusReply)
 
 namespace
 {
@@ -108,6 +111,8 @@ private Q_SLOTS:
     void callsConnectServicesOnceInInitObject();
     void sendsWithoutExpectingAReply();
     void sendsEveryArgumentAsItsOwnType();
+    void sendsAReplyAsOneStructure_data();
+    void sendsAReplyAsOneStructure();
     void doesNotSeeThatTheServiceRefusesAFireAndForgetCall();
     void handsOutTheFailureOfAnAsynchronousCall();
     void warnsTwiceWhenABlockingCallFails();
@@ -151,6 +156,8 @@ void tst_DBusConnectorBase::init()
     m_warnings.start();
     if (m_service.isRunning())
     {
+        // What an earlier test has sent is not to arrive in this one.
+        QVERIFY(m_service.synchronise(DBusConnection::getQDBusConnection()));
         m_service.clear();
     }
 }
@@ -306,6 +313,44 @@ void tst_DBusConnectorBase::sendsEveryArgumentAsItsOwnType()
     QCOMPARE(received.size(), 2);
     QCOMPARE(received.at(0).signature, QStringLiteral("sasixbsi"));
     QCOMPARE(received.at(1).signature, QStringLiteral("b"));
+}
+
+void tst_DBusConnectorBase::sendsAReplyAsOneStructure_data()
+{
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<QString>("signature");
+    QTest::addColumn<QJsonValue>("sent");
+    const QJsonObject gap{{QStringLiteral("variant"), QStringLiteral("s")},
+                          {QStringLiteral("value"), QString()}};
+    QTest::newRow("no value") << QVariant() << QStringLiteral("s") << QJsonValue(QString());
+    QTest::newRow("number") << QVariant(42) << QStringLiteral("i") << QJsonValue(42);
+    // libdbus would end the process.
+    QTest::newRow("gap in a list") << QVariant(QVariantList{QVariant()}) << QStringLiteral("av")
+                                   << QJsonValue(QJsonArray{gap});
+    QTest::newRow("gap in a map") << QVariant(QVariantMap{{QStringLiteral("a"), QVariant()}})
+                                  << QStringLiteral("a{sv}")
+                                  << QJsonValue(QJsonObject{{QStringLiteral("a"), gap}});
+}
+
+void tst_DBusConnectorBase::sendsAReplyAsOneStructure()
+{
+    QFETCH(const QVariant, value);
+    QFETCH(const QString, signature);
+    QFETCH(const QJsonValue, sent);
+    qDBusRegisterMetaType<DBusReply>();
+    DBusReply reply;
+    reply.setValue(value);
+    const TestConnector connector;
+    connector.send(QStringLiteral("log"), QVariant::fromValue(reply));
+
+    const QVector<RecordedMessage> received = m_service.received();
+    QCOMPARE(received.size(), 1);
+    QCOMPARE(received.first().signature, QStringLiteral("(isv)"));
+    const QJsonArray structure = received.first().arguments.first().toArray();
+    QCOMPARE(structure.at(0), QJsonValue(0));
+    QCOMPARE(structure.at(1), QJsonValue(QString()));
+    QCOMPARE(structure.at(2).toObject(), (QJsonObject{{QStringLiteral("variant"), signature},
+                                                      {QStringLiteral("value"), sent}}));
 }
 
 void tst_DBusConnectorBase::doesNotSeeThatTheServiceRefusesAFireAndForgetCall()
