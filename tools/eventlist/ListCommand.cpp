@@ -27,7 +27,8 @@ int readPieces(EventlistHandlerDBusConnectorRead& connector, EventQuery query, q
         const qint64 missing = rows - list.size();
         const int wanted = int(qMin<qint64>(missing, rowsOfPiece));
         ListReply piece;
-        const int code = Service::waitForList(connector, query.newest(connector, wanted), piece);
+        const int code = Service::askForList(
+            connector, [&] { return query.newest(connector, wanted); }, piece);
         if (code != ExitCode::success)
         {
             return code;

@@ -8,6 +8,7 @@ import pty
 import struct
 import termios
 import unittest
+from pathlib import Path
 
 from device import Device
 
@@ -224,6 +225,37 @@ class EventlistWithoutADevice(unittest.TestCase):
                     self.assertEqual((done.returncode, done.stdout), (3, ""))
                     self.assertRegex(done.stderr, r"\Aeventlist: the central service does not run: [^\n]*"
                                                   r"org\.eventlist\.EventlistHandler; start eventlistd\n\Z")
+
+
+class EventlistOfAnotherService(unittest.TestCase):
+    def list_of(self, behaviour):
+        with Device() as device:
+            service = device.start("/usr/bin/python3", Path(__file__).with_name("fake_service.py"), behaviour)
+            service.wait_for("ready")
+            return device.eventlist("list", "--count", "1")
+
+    def test_asks_again_when_the_service_wants_a_pause(self):
+        done = self.list_of("refuse")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertTrue(done.stdout.splitlines()[1].endswith("pump"))
+
+    def test_finds_columns_by_their_names(self):
+        done = self.list_of("columns")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertRegex(done.stdout.splitlines()[1], r"^ *7 +2026-03-14 09:26:53 +alarm +ON +Plant +pump$")
+
+    def test_takes_rows_that_are_too_short(self):
+        done = self.list_of("short")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertRegex(done.stdout.splitlines()[1], r"^ *7 +alarm +pump$")
+
+    def test_refuses_answers_of_another_shape(self):
+        for behaviour in ("values", "shape"):
+            with self.subTest(behaviour=behaviour):
+                done = self.list_of(behaviour)
+                self.assertEqual((done.returncode, done.stdout, done.stderr),
+                                 (1, "", "eventlist: the answer of the service cannot be read; is it another "
+                                         "version?\n"))
 
 
 class EventlistOfManyEvents(unittest.TestCase):

@@ -171,6 +171,38 @@ class Examples(unittest.TestCase):
         self.assertEqual((provider.wait(), provider.err), (0, ""))
 
 
+class Tool(unittest.TestCase):
+    """`eventlist log --file`: here, because the spool folder belongs to one test at a time."""
+
+    def test_leaves_an_event_in_the_spool_folder_without_bus_and_service(self):
+        with Device(spool=SPOOL) as device:
+            device.kill_bus()
+            for number in range(2):
+                done = device.eventlist("log", "--file", "--module", "backup", "--keyword", "Status", "--keyword",
+                                        "Boot", f"Backup {number} finished")
+                self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+            self.assertEqual(len(list(SPOOL.glob("*.event.json"))), 2)
+            device.start_bus()
+            device.start_service()
+            events = wait_until(lambda: device.events("--module", "backup"), "the files are in the list")
+            self.assertEqual([(event["Description"], event["KeywordName"]) for event in events],
+                             [({"lang_en": f"Backup {number} finished"}, ["Status", "Boot"]) for number in range(2)])
+
+    def test_says_when_the_spool_folder_takes_nothing(self):
+        with Device(spool=SPOOL) as device:
+            SPOOL.mkdir(parents=True, exist_ok=True)
+            aside = SPOOL.with_name("aside")
+            SPOOL.rename(aside)
+            try:
+                SPOOL.touch()
+                done = device.eventlist("log", "--file", "lost", environment={"QT_LOGGING_RULES": "*=false"})
+            finally:
+                SPOOL.unlink()
+                aside.rename(SPOOL)
+            self.assertEqual((done.returncode, done.stdout), (1, ""))
+            self.assertRegex(done.stderr, r"\Aeventlist: cannot write into the spool folder '[^\n]*\n\Z")
+
+
 class Texts(unittest.TestCase):
     def test_every_example_text_is_finished_in_every_language_with_the_same_placeholders(self):
         found = {}
