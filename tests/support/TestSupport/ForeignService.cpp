@@ -304,6 +304,7 @@ void ForeignService::clear()
 
 bool ForeignService::reset()
 {
+    m_records.clear();
     return isOk(execute(commandNamed("reset")));
 }
 
