@@ -113,8 +113,8 @@ void DBusConnectorBase::Private::connectServices(const QDBusConnection& connecti
 DBusConnectorBase::DBusConnectorBase(const QString& moduleName, const QString& objectName,
                                      const QString& interfaceName, QObject* parent, ConnectionMode)
     : QObject(parent),
-      d(new Private(*this, DBusTracker::instance().remoteObject(moduleName, objectName,
-                                                                 interfaceName)))
+      d(new Private(*this,
+                    DBusTracker::instance().remoteObject(moduleName, objectName, interfaceName)))
 {
     m_dBusInterface = d->object->placeholder.get();
     d->refresh();
@@ -135,6 +135,11 @@ DBusConnectorBase::~DBusConnectorBase()
 void DBusConnectorBase::initObject()
 {
     d->start();
+}
+
+void DBusConnectorBase::customEvent(QEvent*)
+{
+    d->hear();
 }
 
 bool DBusConnectorBase::isDBusInterfaceValid() const
@@ -161,8 +166,9 @@ QString DBusConnectorBase::getInvalidDBusInterfaceMessage() const
     case DBusTracker::Obstacle::replacedConnection:
         break;
     }
-    return target + QStringLiteral("a new connection to the bus waits for the thread of this "
-                                   "connector, on which to find ") +
+    return target +
+           QStringLiteral("a new connection to the bus waits for the thread of this "
+                          "connector, on which to find ") +
            address.serviceName;
 }
 

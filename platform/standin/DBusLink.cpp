@@ -2,25 +2,52 @@
 
 #include <dbus/dbus.h>
 
+#include <QCoreApplication>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
-#include <QMetaObject>
+#include <QEvent>
+#include <QObject>
 
+#include <atomic>
 #include <map>
+#include <mutex>
 #include <utility>
+#include <vector>
 
-/// What the filter knows. It belongs to the bus connection, which may outlive the link.
-struct DBusLink::Tap
+/// Where messages are heard, and questions asked, both on QtDBus' thread: no other may use the
+/// connection of libdbus. From another, a full socket would make QtDBus stop writing for good.
+/// It belongs to the bus connection, which may outlive the link.
+class DBusLink::Tap final : public QObject
 {
+public:
+    Tap(quint64 generationOfLink, Listener& listenerOfLink, DBusConnection* connection)
+        : m_generation(generationOfLink), m_listener(listenerOfLink), m_connection(connection)
+    {
+    }
+
+    static void open(Tap* tap, QThread* thread);
+    void askOwner(const QByteArray& name);
+
+protected:
+    void customEvent(QEvent*) override;
+
+private:
+    static DBusHandlerResult hear(DBusConnection*, DBusMessage* message, void* tap);
     void hear(DBusMessage* message);
     void hearSignal(DBusMessage* message) const;
     void hearOwnerChange(DBusMessage* message) const;
     void hearAnswer(DBusMessage* message);
+    void send(const QByteArray& name);
 
-    const quint64 generation;
-    DBusLink::Listener& listener;
+    // Fixed at construction.
+    const quint64 m_generation;
+    Listener& m_listener;
+    DBusConnection* const m_connection;
+    // Guarded by the mutex.
+    std::mutex m_mutex;
+    std::vector<QByteArray> m_namesToAsk;
     // Of QtDBus' thread: serial number and bus name.
-    std::map<quint32, QByteArray> questions;
+    std::map<quint32, QByteArray> m_questions;
 };
 
 namespace
@@ -30,6 +57,10 @@ struct MessageRelease
     void operator()(DBusMessage* message) const { dbus_message_unref(message); }
 };
 using MessagePointer = std::unique_ptr<DBusMessage, MessageRelease>;
+
+// Makes visible to QtDBus' thread what was written before a tap was handed to it. QtDBus has locks
+// on the way as well, but no promise of them.
+std::atomic<int> handedOverTaps{0};
 
 QString connectionName(quint64 generation)
 {
@@ -43,9 +74,9 @@ DBusConnection* rawConnection(const QDBusConnection& connection)
 
 QDBusMessage busCall(const QString& method, const QByteArray& argument)
 {
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        QLatin1String(DBUS_SERVICE_DBUS), QLatin1String(DBUS_PATH_DBUS),
-        QLatin1String(DBUS_INTERFACE_DBUS), method);
+    QDBusMessage call = QDBusMessage::createMethodCall(QLatin1String(DBUS_SERVICE_DBUS),
+                                                       QLatin1String(DBUS_PATH_DBUS),
+                                                       QLatin1String(DBUS_INTERFACE_DBUS), method);
     call << QString::fromUtf8(argument);
     return call;
 }
@@ -61,7 +92,7 @@ void DBusLink::Tap::hearOwnerChange(DBusMessage* message) const
         dbus_message_get_args(message, nullptr, DBUS_TYPE_STRING, &name, DBUS_TYPE_STRING,
                               &oldOwner, DBUS_TYPE_STRING, &newOwner, DBUS_TYPE_INVALID))
     {
-        listener.ownerChanged(generation, name, newOwner);
+        m_listener.ownerChanged(m_generation, name, newOwner);
     }
 }
 
@@ -75,13 +106,13 @@ void DBusLink::Tap::hearSignal(DBusMessage* message) const
         dbus_message_get_args(message, nullptr, DBUS_TYPE_BOOLEAN, &argument, DBUS_TYPE_INVALID);
         signal.argument = argument != FALSE;
     }
-    listener.signalArrived(generation, signal);
+    m_listener.signalArrived(m_generation, signal);
 }
 
 void DBusLink::Tap::hearAnswer(DBusMessage* message)
 {
-    const auto question = questions.find(dbus_message_get_reply_serial(message));
-    if (question == questions.end())
+    const auto question = m_questions.find(dbus_message_get_reply_serial(message));
+    if (question == m_questions.end())
     {
         return;
     }
@@ -91,8 +122,15 @@ void DBusLink::Tap::hearAnswer(DBusMessage* message)
         dbus_message_get_args(message, nullptr, DBUS_TYPE_STRING, &owner, DBUS_TYPE_INVALID);
     }
     const QByteArray name = question->second;
-    questions.erase(question);
-    listener.ownerAnswered(generation, name, owner);
+    m_questions.erase(question);
+    m_listener.ownerAnswered(m_generation, name, owner);
+}
+
+DBusHandlerResult DBusLink::Tap::hear(DBusConnection*, DBusMessage* message, void* tap)
+{
+    handedOverTaps.load(std::memory_order_acquire);
+    static_cast<Tap*>(tap)->hear(message);
+    return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
 }
 
 void DBusLink::Tap::hear(DBusMessage* message)
@@ -102,7 +140,7 @@ void DBusLink::Tap::hear(DBusMessage* message)
     case DBUS_MESSAGE_TYPE_SIGNAL:
         if (dbus_message_is_signal(message, DBUS_INTERFACE_LOCAL, "Disconnected"))
         {
-            listener.linkLost(generation);
+            m_listener.linkLost(m_generation);
         }
         else if (dbus_message_is_signal(message, DBUS_INTERFACE_DBUS, "NameOwnerChanged"))
         {
@@ -123,6 +161,53 @@ void DBusLink::Tap::hear(DBusMessage* message)
     }
 }
 
+void DBusLink::Tap::open(Tap* tap, QThread* thread)
+{
+    tap->moveToThread(thread);
+    handedOverTaps.fetch_add(1, std::memory_order_release);
+    dbus_connection_add_filter(tap->m_connection, hear, tap,
+                               [](void* unused) { delete static_cast<Tap*>(unused); });
+}
+
+void DBusLink::Tap::askOwner(const QByteArray& name)
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_namesToAsk.push_back(name);
+    }
+    QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+}
+
+void DBusLink::Tap::customEvent(QEvent*)
+{
+    handedOverTaps.load(std::memory_order_acquire);
+    std::vector<QByteArray> names;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        names.swap(m_namesToAsk);
+    }
+    for (const QByteArray& name : names)
+    {
+        send(name);
+    }
+}
+
+void DBusLink::Tap::send(const QByteArray& name)
+{
+    // Without a pending call, so that the answer runs through the filter, in its order among the
+    // news.
+    const MessagePointer message(dbus_message_new_method_call(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS,
+                                                              DBUS_INTERFACE_DBUS, "GetNameOwner"));
+    const char* const argument = name.constData();
+    dbus_uint32_t serial = 0;
+    if (message &&
+        dbus_message_append_args(message.get(), DBUS_TYPE_STRING, &argument, DBUS_TYPE_INVALID) &&
+        dbus_connection_send(m_connection, message.get(), &serial))
+    {
+        m_questions[serial] = name;
+    }
+}
+
 DBusLink::DBusLink(quint64 generation, const QDBusConnection& connection)
     : m_generation(generation), m_connection(connection)
 {
@@ -131,17 +216,13 @@ DBusLink::DBusLink(quint64 generation, const QDBusConnection& connection)
 std::shared_ptr<DBusLink> DBusLink::open(quint64 generation, Listener& listener)
 {
     const QString name = connectionName(generation);
-    std::shared_ptr<DBusLink> link(new DBusLink(
-        generation, QDBusConnection::connectToBus(QDBusConnection::SystemBus, name)));
+    std::shared_ptr<DBusLink> link(
+        new DBusLink(generation, QDBusConnection::connectToBus(QDBusConnection::SystemBus, name)));
     if (DBusConnection* const raw = rawConnection(link->m_connection))
     {
-        const auto hear = [](DBusConnection*, DBusMessage* message, void* tap) {
-            static_cast<Tap*>(tap)->hear(message);
-            return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
-        };
-        link->m_tap = new Tap{generation, listener, {}};
-        dbus_connection_add_filter(raw, hear, link->m_tap,
-                                   [](void* tap) { delete static_cast<Tap*>(tap); });
+        // The bus interface lives on QtDBus' thread.
+        link->m_tap = new Tap(generation, listener, raw);
+        Tap::open(link->m_tap, link->m_connection.interface()->thread());
     }
     // Asked after the filter stands: a loss from now on is heard, one before is seen here.
     if (!link->m_connection.isConnected())
@@ -174,25 +255,5 @@ void DBusLink::followOwner(const QByteArray& name) const
     addMatch("type='signal',sender='" DBUS_SERVICE_DBUS "',interface='" DBUS_INTERFACE_DBUS
              "',member='NameOwnerChanged',arg0='" +
              name + '\'');
-    // The bus interface lives on QtDBus' thread, the only one that may use the connection of
-    // libdbus: from another, a full socket makes QtDBus stop writing for good.
-    const std::shared_ptr<const DBusLink> self = shared_from_this();
-    QMetaObject::invokeMethod(
-        m_connection.interface(), [self, name] { self->askOwner(name); }, Qt::QueuedConnection);
-}
-
-void DBusLink::askOwner(const QByteArray& name) const
-{
-    // Without a pending call, so that the answer runs through the filter, in its order among the
-    // news.
-    const MessagePointer message(dbus_message_new_method_call(
-        DBUS_SERVICE_DBUS, DBUS_PATH_DBUS, DBUS_INTERFACE_DBUS, "GetNameOwner"));
-    const char* const argument = name.constData();
-    dbus_uint32_t serial = 0;
-    if (message &&
-        dbus_message_append_args(message.get(), DBUS_TYPE_STRING, &argument, DBUS_TYPE_INVALID) &&
-        dbus_connection_send(rawConnection(m_connection), message.get(), &serial))
-    {
-        m_tap->questions[serial] = name;
-    }
+    m_tap->askOwner(name);
 }

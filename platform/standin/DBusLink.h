@@ -11,7 +11,7 @@
 /// QCoreApplication. It never comes back once it is lost; the next one takes its place.
 ///
 /// Nothing here waits for the bus but open().
-class DBusLink : public std::enable_shared_from_this<DBusLink>
+class DBusLink
 {
 public:
     /// What arrived on a signal that is no news of the bus itself.
@@ -74,11 +74,9 @@ public:
     ~DBusLink() = default;
 
 private:
-    struct Tap;
+    class Tap;
 
     DBusLink(quint64 generation, const QDBusConnection& connection);
-
-    void askOwner(const QByteArray& name) const;
 
     // Set by open().
     const quint64 m_generation;

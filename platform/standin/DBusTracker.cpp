@@ -4,9 +4,10 @@
 
 #include <dbus/dbus.h>
 
+#include <QCoreApplication>
 #include <QDBusServiceWatcher>
 #include <QDebug>
-#include <QMetaObject>
+#include <QEvent>
 #include <QObject>
 
 #include <algorithm>
@@ -86,7 +87,8 @@ private:
 DBusAddress::DBusAddress(const QString& moduleName, const QString& objectName,
                          const QString& interfaceNameOfObject)
     : serviceName(PropertyManagerConst::getDBusPrefix() + QLatin1Char('.') + moduleName),
-      path(QLatin1Char('/') + objectName), interfaceName(interfaceNameOfObject.toUtf8())
+      path(QLatin1Char('/') + objectName),
+      interfaceName(interfaceNameOfObject.toUtf8())
 {
     isAllowed = isAllowedOnDBus(serviceName.toUtf8(), dbus_validate_bus_name) &&
                 isAllowedOnDBus(path.toUtf8(), dbus_validate_path) &&
@@ -101,6 +103,20 @@ bool DBusAddress::isAllowedMember(const QByteArray& name)
 DBusRemoteObject::DBusRemoteObject(const DBusAddress& objectAddress)
     : address(objectAddress), placeholder(new Proxy(address, noConnection()))
 {
+}
+
+void DBusSubscriber::tell()
+{
+    if (!m_isTold.exchange(true))
+    {
+        QCoreApplication::postEvent(&m_context, new QEvent(QEvent::User));
+    }
+}
+
+void DBusSubscriber::hear()
+{
+    m_isTold = false;
+    connectionReplaced();
 }
 
 DBusTracker::Pin::Pin(const QDBusConnection& connection)
@@ -276,9 +292,10 @@ bool DBusTracker::prepareNextObject(Lock& lock)
 {
     for (Service& known : m_services)
     {
-        const auto next = std::find_if(
-            known.objects.begin(), known.objects.end(),
-            [this](const auto& object) { return object->m_generation != m_generation; });
+        const auto next =
+            std::find_if(known.objects.begin(), known.objects.end(), [this](const auto& object) {
+                return object->m_generation != m_generation;
+            });
         if (!known.isKnownToQt || next == known.objects.end())
         {
             continue;
@@ -384,14 +401,7 @@ void DBusTracker::tell(const std::list<DBusSubscriber*>& subscribers)
 {
     for (DBusSubscriber* const subscriber : subscribers)
     {
-        if (!subscriber->m_isTold.exchange(true))
-        {
-            const auto hear = [subscriber] {
-                subscriber->m_isTold = false;
-                subscriber->connectionReplaced();
-            };
-            QMetaObject::invokeMethod(&subscriber->m_context, hear, Qt::QueuedConnection);
-        }
+        subscriber->tell();
     }
 }
 
@@ -463,8 +473,8 @@ std::shared_ptr<DBusRemoteObject> DBusTracker::remoteObject(const QString& modul
     std::shared_ptr<DBusRemoteObject>& entry = m_objects[{moduleName, objectName, interfaceName}];
     if (!entry)
     {
-        entry = std::make_shared<DBusRemoteObject>(
-            DBusAddress(moduleName, objectName, interfaceName));
+        entry =
+            std::make_shared<DBusRemoteObject>(DBusAddress(moduleName, objectName, interfaceName));
     }
     const std::shared_ptr<DBusRemoteObject> object = entry;
     if (object->address.isAllowed && !object->m_hasBeenAwaited)

@@ -31,8 +31,14 @@ public:
     DBusSubscriber(const DBusSubscriber&) = delete;
     DBusSubscriber& operator=(const DBusSubscriber&) = delete;
 
+    /// Makes the event loop of the context's thread call the context's customEvent(). There may be
+    /// other custom events: this one is not marked.
+    void tell();
+
+    /// To be called by customEvent().
+    void hear();
+
 protected:
-    /// Called through the event loop of the context's thread.
     virtual void connectionReplaced() = 0;
 
 private:
@@ -229,7 +235,7 @@ private:
     Service& service(const QByteArray& name);
     void publish(const Service& service);
     void clearStates();
-    void tell(const std::list<DBusSubscriber*>& subscribers);
+    static void tell(const std::list<DBusSubscriber*>& subscribers);
     void awaitFirst(Lock& lock, const std::shared_ptr<DBusRemoteObject>& object);
     template<typename Condition>
     void waitBriefly(Lock& lock, Condition isSettled);

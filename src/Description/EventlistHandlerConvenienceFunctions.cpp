@@ -12,6 +12,7 @@
 #include <QJsonObject>
 #include <QMap>
 #include <QStringList>
+#include <QStringMatcher>
 
 namespace
 {
@@ -33,13 +34,27 @@ QJsonObject argumentObject(const QString& type, const QJsonValue& value)
     return object;
 }
 
-// Into a JSON object in sorted order: each insertion in the middle moves all that stands behind it.
+// Into a JSON object in sorted order, together with what it holds already: each insertion in the
+// middle moves all that stands behind it.
 void insertSorted(QJsonObject& argumentsObject, const QMap<QString, QJsonObject>& arguments)
 {
-    for (auto argument = arguments.cbegin(); argument != arguments.cend(); ++argument)
+    QJsonObject merged;
+    auto argument = arguments.cbegin();
+    const QJsonObject present = argumentsObject;
+    for (auto member = present.constBegin(); member != present.constEnd(); ++member)
     {
-        argumentsObject.insert(argument.key(), argument.value());
+        const QString key = member.key();
+        for (; argument != arguments.cend() && argument.key() < key; ++argument)
+        {
+            merged.insert(argument.key(), argument.value());
+        }
+        merged.insert(key, member.value());
     }
+    for (; argument != arguments.cend(); ++argument)
+    {
+        merged.insert(argument.key(), argument.value());
+    }
+    argumentsObject = merged;
 }
 
 QString pathOf(const QString& placeholder, const QString& member)
@@ -47,31 +62,61 @@ QString pathOf(const QString& placeholder, const QString& member)
     return placeholder + QLatin1Char('/') + member;
 }
 
+// The places of a placeholder in a text, one after the other, as QString::replace finds them: the
+// next one begins behind the one before. QString::count would count those that overlap too.
+class Places
+{
+public:
+    Places(const QString& text, const QString& placeholder)
+        : m_text(text), m_matcher(placeholder), m_step(qMax(1, placeholder.size()))
+    {
+    }
+
+    // -1 when there is none any more.
+    int next()
+    {
+        const int place = m_matcher.indexIn(m_text, m_from);
+        m_from = place + m_step;
+        return place;
+    }
+
+private:
+    const QString& m_text;
+    const QStringMatcher m_matcher;
+    const int m_step;
+    int m_from = 0;
+};
+
 qint64 sizeAfterReplacement(const QString& text, const QString& placeholder,
                             const QString& argument)
 {
-    return qint64(text.size()) +
-           qint64(text.count(placeholder)) * (argument.size() - placeholder.size());
+    Places places(text, placeholder);
+    qint64 count = 0;
+    while (places.next() >= 0)
+    {
+        ++count;
+    }
+    return text.size() + count * (qint64(argument.size()) - placeholder.size());
 }
 
 // What QString::replace gives, an empty placeholder included, but in one pass: that one moves the
 // rest of the text again and again when it grows at many places.
 QString replaceAll(const QString& text, const QString& placeholder, const QString& argument)
 {
-    int found = text.indexOf(placeholder);
-    if (found < 0)
+    Places places(text, placeholder);
+    int place = places.next();
+    if (place < 0)
     {
         return text;
     }
     QString result;
     result.reserve(int(sizeAfterReplacement(text, placeholder, argument)));
     int copied = 0;
-    while (found >= 0)
+    for (; place >= 0; place = places.next())
     {
-        result.append(text.constData() + copied, found - copied);
+        result.append(text.constData() + copied, place - copied);
         result.append(argument);
-        copied = found + placeholder.size();
-        found = text.indexOf(placeholder, placeholder.isEmpty() ? copied + 1 : copied);
+        copied = place + placeholder.size();
     }
     result.append(text.constData() + copied, text.size() - copied);
     return result;

@@ -19,8 +19,7 @@ namespace
 {
 QString busName(const char* moduleName)
 {
-    return PropertyManagerConst::getDBusPrefix() + QLatin1Char('.') +
-           QLatin1String(moduleName);
+    return PropertyManagerConst::getDBusPrefix() + QLatin1Char('.') + QLatin1String(moduleName);
 }
 
 class Valve : public DBusServiceProviderBaseClass
@@ -117,9 +116,9 @@ QVariant tst_DBusServiceProviderBaseClass::call(const QString& service, const ch
     const QString name = QStringLiteral("client-%1").arg(++m_clientNumber);
     QVariant answer;
     {
-        QDBusMessage message = QDBusMessage::createMethodCall(
-            service, QString::fromLatin1(path), QStringLiteral("Interface.Valve"),
-            QStringLiteral("open"));
+        QDBusMessage message = QDBusMessage::createMethodCall(service, QString::fromLatin1(path),
+                                                              QStringLiteral("Interface.Valve"),
+                                                              QStringLiteral("open"));
         message << 30;
         const QDBusPendingReply<int> reply = m_bus.connect(name).asyncCall(message);
         waitUntil([&] { return reply.isFinished(); });
@@ -220,9 +219,8 @@ void tst_DBusServiceProviderBaseClass::sharesTheNameAmongTheObjectsOfAModule()
 void tst_DBusServiceProviderBaseClass::offersTheObjectAloneWhenTheNameIsNotWanted()
 {
     const Valve valve("Nameless", "Valve", false);
-    QVERIFY(waitUntil([&] {
-        return call(DBusConnection::getQDBusConnection().baseService()) == QVariant(30);
-    }));
+    QVERIFY(waitUntil(
+        [&] { return call(DBusConnection::getQDBusConnection().baseService()) == QVariant(30); }));
     QVERIFY(!m_bus.hasOwner(busName("Nameless")));
 }
 

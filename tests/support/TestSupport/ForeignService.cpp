@@ -137,7 +137,7 @@ QJsonObject ForeignService::readAnswer()
     return answer;
 }
 
-QJsonObject ForeignService::execute(QJsonObject command)
+QJsonObject ForeignService::execute(const QJsonObject& command)
 {
     if (!isRunning())
     {

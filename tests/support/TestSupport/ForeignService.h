@@ -154,7 +154,7 @@ protected:
     ForeignService(const PrivateBus& bus, const QString& busName, bool isMonitor);
 
 private:
-    QJsonObject execute(QJsonObject command);
+    QJsonObject execute(const QJsonObject& command);
     QJsonObject readAnswer();
     bool setRule(const QString& member, const QJsonObject& rule);
 
