@@ -1,96 +1,27 @@
 #include "EventProvider/EventsDBusProviderBaseClass.h"
 
-#include "TestSupport/FakeTextManager.h"
-#include "bus/CentralServiceTest.h"
+#include "bus/EventProvider/ProviderTest.h"
 #include "bus/EventProvider/PumpEvents.h"
-#include "bus/WorkedExample.h"
 
 #include "Platform/LanguageDefinitions.h"
-#include "Platform/PropertyManagerConst.h"
 
 #include <QDBusArgument>
-#include <QDir>
-#include <QFile>
-#include <QUuid>
 
 using Definitions = EventsDBusDefinitions;
 using Provider = EventsDBusProviderBaseClass;
-using EventType = EventlistHandlerEnums::EventType;
-using State = EventlistHandlerEnums::State;
-using SourceHashType = EventlistHandlerEnums::SourceHashType;
 using Arguments = QList<EventlistHandlerStructs::stDescriptionArgument>;
 using UrlArguments = QList<EventlistHandlerConvenienceFunctions::stDescriptionUrlArgument>;
 
-namespace
-{
-const QString pump = QStringLiteral("PumpControl");
-const QString overTemperature = QStringLiteral("PumpControl/OverTemperature");
-const QString pumpName = QStringLiteral("PumpControl/PumpName3");
-const QString className = QStringLiteral("EventsDBusProviderBaseClass");
-const QStringList attributes{QStringLiteral("0"), QStringLiteral("1"),
-                             QStringLiteral("EventlistAlarmOn")};
-
-QString text(const char* ascii)
-{
-    return QString::fromLatin1(ascii);
-}
-
-QVariantMap dictionary(const QVariant& source, const QString& module, const QString& object,
-                       const QString& instance, const QString& url)
-{
-    return {{text("textSource"), source},
-            {text("moduleName"), module},
-            {text("ObjectName"), object},
-            {text("InstanceName"), instance},
-            {text("url"), url}};
-}
-
-QVariantMap goodDictionary()
-{
-    return dictionary(0, pump, pump, QString(), overTemperature);
-}
-
-QVariantMap without(QVariantMap map, const char* key)
-{
-    map.remove(text(key));
-    return map;
-}
-
-QVariantMap with(QVariantMap map, const char* key, const QVariant& value)
-{
-    map.insert(text(key), value);
-    return map;
-}
-
-// The state that a warning shows behind its head.
-QString tail(int source, const QString& module, const QString& object, const QString& instance,
-             const QString& url)
-{
-    return QStringLiteral("textSource:: %1 moduleName: \"%2\" objectName: \"%3\" "
-                          "descriptionInstanceName: \"%4\" descriptionUrl: \"%5\"")
-        .arg(source)
-        .arg(module, object, instance, url);
-}
-
-QString notFound(const char* key, const QString& stateTail)
-{
-    return QStringLiteral("Key for description not found: \"%1\" ").arg(text(key)) + stateTail;
-}
-} // namespace
-
-class tst_EventsDBusProviderBaseClass : public CentralServiceTest
+/// How a dictionary is taken apart and its texts are found.
+class tst_EventsDBusProviderBaseClass : public ProviderTest
 {
     Q_OBJECT
-public:
-    tst_EventsDBusProviderBaseClass();
-
 private Q_SLOTS:
     void definitionsAreFixed();
     void addsNothingToTheMetaObject();
     void findsTheFirstTextManagerOfAName();
     void joinsTheKey_data();
     void joinsTheKey();
-
     void readsTheFiveKeys_data();
     void readsTheFiveKeys();
     void keepsOutputsWhoseKeysAreMissing();
@@ -101,7 +32,6 @@ private Q_SLOTS:
     void convertsArguments();
     void convertsUrlArguments();
     void dropsUrlArgumentsWithoutAUrl();
-
     void refusesTextsOfAnotherModule_data();
     void refusesTextsOfAnotherModule();
     void findsTextsInLanguageFiles();
@@ -109,62 +39,7 @@ private Q_SLOTS:
     void findsTextsInConfiguration();
     void findsNoTextInConfiguration_data();
     void findsNoTextInConfiguration();
-
-    void logsADictionaryOfPlainValues();
-    void logsAConfiguredTextWithArguments();
-    void laterUrlArgumentsReplaceLiteralOnes();
-    void logsTheJoinedKeyWithoutArgumentsWhenThereIsNoText();
-    void logsAnEmptyDictionary();
-    void plainListsAreNoListsFromTheBus();
-    void containersFromTheBusAreNoPlainLists();
-    void logsWithAUrlOfItsOwnTexts();
-    void logsTheBareUrlWhenItsOwnTextsDoNotKnowIt();
-    void dropsAnEventWhenItsOwnTextsAreMissing();
-    void logsTypeStateAndIconByThemselves();
-    void sendsSourceHashes();
-    void losesTheEventWithoutService();
-
-private:
-    QString writeConfiguration(const QString& folder, const QString& instance,
-                               const QByteArray& content);
-    void expect(const QString& warning, const char* operation)
-    {
-        m_warnings.expect(warning, className, className + QStringLiteral("::") + text(operation));
-    }
-    RecordedMessage onlyEvent();
-
-    FakeTextManager m_manager{FakeTextManager::pumpTexts()};
-    QVector<Provider::TextManagerData> m_texts{{pump, &m_manager}};
-    // Name of a configuration folder of this run alone.
-    const QString m_prefix;
 };
-
-tst_EventsDBusProviderBaseClass::tst_EventsDBusProviderBaseClass()
-    : m_prefix(QStringLiteral("provider-") + QUuid::createUuid().toString(QUuid::Id128) +
-               QLatin1Char('/'))
-{
-}
-
-QString tst_EventsDBusProviderBaseClass::writeConfiguration(const QString& folder,
-                                                            const QString& instance,
-                                                            const QByteArray& content)
-{
-    const QString path =
-        PropertyManagerConst::getConfigurationFolderPath(m_prefix + folder + QLatin1Char('/'));
-    QDir().mkpath(path);
-    QFile file(path + instance + QStringLiteral(".json"));
-    return file.open(QFile::WriteOnly) && file.write(content) == content.size() ? file.fileName()
-                                                                                : QString();
-}
-
-RecordedMessage tst_EventsDBusProviderBaseClass::onlyEvent()
-{
-    const QVector<RecordedMessage> received = m_service.received();
-    return received.size() == 1 && received[0].signature == QLatin1String("assssassss") &&
-                   !received[0].isReplyExpected
-               ? received[0]
-               : RecordedMessage();
-}
 
 void tst_EventsDBusProviderBaseClass::definitionsAreFixed()
 {
@@ -567,11 +442,10 @@ void tst_EventsDBusProviderBaseClass::findsTextsInConfiguration()
 {
     QFETCH(int, source);
     QFETCH(QString, folder);
-    QVERIFY(!writeConfiguration(folder, text("Channel1"),
-                                json("{'Limits':{'High':{'value':{'lang_de':'Zu hoch',"
-                                     "'lang_en':'Too high'}},'Low':{'value':{}}}}")
-                                    .toUtf8())
-                 .isEmpty());
+    QVERIFY(writeConfiguration(folder, text("Channel1"),
+                               json("{'Limits':{'High':{'value':{'lang_de':'Zu hoch',"
+                                    "'lang_en':'Too high'}},'Low':{'value':{}}}}")
+                                   .toUtf8()));
     const PumpEvents provider(m_texts, m_prefix);
     const auto find = [&](const char* url) {
         return provider.getTextFromLanguageFileOrConfiguration(
@@ -616,9 +490,8 @@ void tst_EventsDBusProviderBaseClass::findsNoTextInConfiguration()
     QFETCH(QString, value);
     QFETCH(bool, isFileRefused);
     QVERIFY(
-        !writeConfiguration(text("Sensors"), text("Channel1"), "{\"Name\":{\"value\":\"Pump\"}}")
-             .isEmpty());
-    QVERIFY(!writeConfiguration(text("Sensors"), text("Corrupt"), "{\"Name\":").isEmpty());
+        writeConfiguration(text("Sensors"), text("Channel1"), "{\"Name\":{\"value\":\"Pump\"}}"));
+    QVERIFY(writeConfiguration(text("Sensors"), text("Corrupt"), "{\"Name\":"));
     const PumpEvents provider(m_texts, m_prefix);
     if (isFileRefused)
     {
@@ -631,217 +504,6 @@ void tst_EventsDBusProviderBaseClass::findsNoTextInConfiguration()
                 .getTextFromLanguageFileOrConfiguration(Definitions::configuration, pump, folder,
                                                         instance, url)
                 .isEmpty());
-}
-
-void tst_EventsDBusProviderBaseClass::logsADictionaryOfPlainValues()
-{
-    PumpEvents provider(m_texts);
-    const QVariantMap name =
-        with(dictionary(0, pump, pump, QString(), pumpName), "Placeholder", text("%1"));
-    const QVariantMap value{{text("Placeholder"), text("%2")}, {text("Argument"), text("97.5")}};
-
-    provider.EventsDBusProviderBaseClass::logEvent(
-        attributes, WorkedExample::time(), pump,
-        with(with(goodDictionary(), "Arguments", QVariantList{value}), "UrlArguments",
-             QVariantList{name}),
-        QStringList{text("Error"), text("Firmware")}, QString(), WorkedExample::alarmId(),
-        QString(), SourceHashType::noSourceHash);
-
-    const QJsonArray arguments = onlyEvent().arguments;
-    QCOMPARE(arguments,
-             (QJsonArray{QJsonArray::fromStringList(attributes), WorkedExample::time(), pump,
-                         WorkedExample::description(), QJsonArray{text("Error"), text("Firmware")},
-                         QString(), WorkedExample::additionalData(), WorkedExample::alarmId()}));
-}
-
-void tst_EventsDBusProviderBaseClass::logsAConfiguredTextWithArguments()
-{
-    QVERIFY(!writeConfiguration(text("Sensors"), text("Channel1"),
-                                "{\"High\":{\"value\":{\"lang_en\":\"%1 is high: %2\"}},"
-                                "\"Name\":{\"value\":{\"lang_en\":\"Pressure\"}}}")
-                 .isEmpty());
-    PumpEvents provider(m_texts, m_prefix);
-    const QVariantMap high = dictionary(1, pump, text("Sensors"), text("Channel1"), text("High"));
-    const QVariantMap name =
-        with(dictionary(1, pump, text("Sensors"), text("Channel1"), text("Name")), "Placeholder",
-             text("%1"));
-    const QVariantMap value{{text("Placeholder"), text("%2")}, {text("Argument"), text("8 bar")}};
-
-    provider.EventsDBusProviderBaseClass::logEvent(
-        attributes, QString(), pump,
-        with(with(high, "Arguments", QVariantList{value}), "UrlArguments", QVariantList{name}), {},
-        QString(), QString(), QString(), SourceHashType::noSourceHash);
-
-    QCOMPARE(onlyEvent().arguments[3].toString(), json("{'lang_en':'Pressure is high: 8 bar'}"));
-}
-
-void tst_EventsDBusProviderBaseClass::laterUrlArgumentsReplaceLiteralOnes()
-{
-    PumpEvents provider(m_texts);
-    const QVariantMap name =
-        with(dictionary(0, pump, pump, QString(), pumpName), "Placeholder", text("%1"));
-    const auto literal = [](const char* placeholder, const char* argument) {
-        return QVariantMap{{text("Placeholder"), text(placeholder)},
-                           {text("Argument"), text(argument)}};
-    };
-    provider.EventsDBusProviderBaseClass::logEvent(
-        attributes, QString(), pump,
-        with(with(goodDictionary(), "Arguments",
-                  QVariantList{literal("%1", "lost"), literal("%2", "lost"), literal("%2", "5")}),
-             "UrlArguments", QVariantList{name}),
-        {}, QString(), QString(), QString(), SourceHashType::noSourceHash);
-    QCOMPARE(onlyEvent().arguments[3].toString(),
-             json("{'lang_de':'Übertemperatur an Pumpe 3, Wert 5',"
-                  "'lang_en':'Overtemperature at pump 3, value 5'}"));
-}
-
-void tst_EventsDBusProviderBaseClass::logsTheJoinedKeyWithoutArgumentsWhenThereIsNoText()
-{
-    PumpEvents provider(m_texts);
-    const QVariantMap value{{text("Placeholder"), text("%2")}, {text("Argument"), text("97.5")}};
-    const QVariantMap misspelt =
-        with(with(goodDictionary(), "url", text("PumpControl/OverTemperatur")), "Arguments",
-             QVariantList{value});
-    provider.EventsDBusProviderBaseClass::logEvent(attributes, WorkedExample::time(), pump,
-                                                   misspelt, {}, QString(), QString(), QString(),
-                                                   SourceHashType::noSourceHash);
-    const QJsonArray arguments = onlyEvent().arguments;
-    const QString language = LanguageDefinitions::getSecondFallbackLanguageFilename();
-    QCOMPARE(arguments[3].toString(),
-             json("{'%1':'PumpControl/PumpControl/PumpControl/OverTemperatur'}").arg(language));
-    QCOMPARE(arguments[6].toString(),
-             json("{'EventId':'PumpControl/OverTemperatur','MetaData':'{\\'Arguments\\':{},"
-                  "\\'DescriptionScheme\\':{\\'%1\\':"
-                  "\\'PumpControl/PumpControl/PumpControl/OverTemperatur\\'}}',"
-                  "'SourceHashType':0,'SourceHashes':''}")
-                 .arg(language));
-}
-
-void tst_EventsDBusProviderBaseClass::logsAnEmptyDictionary()
-{
-    PumpEvents provider(m_texts);
-    const QString empty = tail(0, QString(), QString(), QString(), QString());
-    for (const char* const key : {"textSource", "moduleName", "ObjectName", "InstanceName", "url"})
-    {
-        expect(notFound(key, empty), "convertDescriptionData");
-    }
-    provider.logEvent({}, QString(), QString(), QVariantMap(), {}, QString(), QString());
-    const QJsonArray arguments = onlyEvent().arguments;
-    const QString language = LanguageDefinitions::getSecondFallbackLanguageFilename();
-    QCOMPARE(arguments, (QJsonArray{QJsonArray(), QString(), QString(),
-                                    json("{'%1':'/'}").arg(language), QJsonArray(), QString(),
-                                    json("{'EventId':'','MetaData':'{\\'Arguments\\':{},"
-                                         "\\'DescriptionScheme\\':{\\'%1\\':\\'/\\'}}',"
-                                         "'SourceHashType':0,'SourceHashes':''}")
-                                        .arg(language),
-                                    QString()}));
-}
-
-void tst_EventsDBusProviderBaseClass::plainListsAreNoListsFromTheBus()
-{
-    PumpEvents provider(m_texts);
-    const QVariantMap value{{text("Placeholder"), text("%2")}, {text("Argument"), text("97.5")}};
-    provider.logEvent(attributes, QString(), pump,
-                      with(goodDictionary(), "Arguments", QVariantList{value}), {}, QString(),
-                      QString());
-    QCOMPARE(onlyEvent().arguments[3].toString(),
-             json("{'lang_de':'Übertemperatur an %1, Wert %2',"
-                  "'lang_en':'Overtemperature at %1, value %2'}"));
-}
-
-void tst_EventsDBusProviderBaseClass::containersFromTheBusAreNoPlainLists()
-{
-    PumpEvents provider(m_texts);
-    expect(text("No valid descriptionArguments (Can't convert to QVariantList) ") +
-               tail(0, QString(), QString(), QString(), QString()),
-           "convertDescriptionData");
-    provider.EventsDBusProviderBaseClass::logEvent(
-        attributes, QString(), pump,
-        with(goodDictionary(), "Arguments", QVariant::fromValue(QDBusArgument())), {}, QString(),
-        QString(), QString(), SourceHashType::noSourceHash);
-    QCOMPARE(onlyEvent().arguments[3].toString(),
-             json("{'lang_de':'Übertemperatur an %1, Wert %2',"
-                  "'lang_en':'Overtemperature at %1, value %2'}"));
-}
-
-void tst_EventsDBusProviderBaseClass::logsWithAUrlOfItsOwnTexts()
-{
-    PumpEvents provider(m_texts);
-    provider.EventsDBusProviderBaseClass::logEvent(
-        attributes, WorkedExample::time(), text("Watcher"), overTemperature,
-        Arguments{{text("%1"), text("A")}, {text("%2"), text("B")}}, {text("Error")}, text("anna"),
-        text("the id"), QString(), SourceHashType::noSourceHash);
-    const QJsonArray arguments = onlyEvent().arguments;
-    QCOMPARE(arguments[0].toArray(), QJsonArray::fromStringList(attributes));
-    QCOMPARE(arguments[1].toString(), WorkedExample::time());
-    QCOMPARE(arguments[2].toString(), text("Watcher"));
-    QCOMPARE(arguments[3].toString(), json("{'lang_de':'Übertemperatur an A, Wert B',"
-                                           "'lang_en':'Overtemperature at A, value B'}"));
-    QCOMPARE(arguments[4].toArray(), QJsonArray{text("Error")});
-    QCOMPARE(arguments[5].toString(), text("anna"));
-    QVERIFY(arguments[6].toString().startsWith(json("{'EventId':'PumpControl/OverTemperature',")));
-    QCOMPARE(arguments[7].toString(), text("the id"));
-}
-
-void tst_EventsDBusProviderBaseClass::logsTheBareUrlWhenItsOwnTextsDoNotKnowIt()
-{
-    PumpEvents provider(m_texts);
-    m_warnings.expect(text("No description data: \"PumpControl/Unknown\""),
-                      text("EventlistHandlerConvenienceFunctions"));
-    provider.EventsDBusProviderBaseClass::logEvent(
-        attributes, QString(), pump, text("PumpControl/Unknown"), Arguments(), {}, QString(),
-        QString(), QString(), SourceHashType::noSourceHash);
-    QCOMPARE(onlyEvent().arguments[3].toString(),
-             json("{'%1':'PumpControl/Unknown'}")
-                 .arg(LanguageDefinitions::getSecondFallbackLanguageFilename()));
-}
-
-void tst_EventsDBusProviderBaseClass::dropsAnEventWhenItsOwnTextsAreMissing()
-{
-    const QVector<Provider::TextManagerData> none;
-    PumpEvents provider(none);
-    expect(text("ObjectName not in textManagerDataList: \"PumpControl\""), "logEvent");
-    provider.EventsDBusProviderBaseClass::logEvent(attributes, QString(), pump, overTemperature,
-                                                   Arguments(), {}, QString(), QString(), QString(),
-                                                   SourceHashType::noSourceHash);
-    QCOMPARE(m_service.received().size(), 0);
-
-    // With a dictionary the same provider logs all the same.
-    expect(text("ObjectName not in textManagerDataList: \"PumpControl\""),
-           "getTextFromLanguageFileOrConfiguration");
-    provider.logEvent(attributes, QString(), pump, goodDictionary(), {}, QString(), QString());
-    QCOMPARE(onlyEvent().arguments[3].toString(),
-             json("{'%1':'PumpControl/PumpControl/PumpControl/OverTemperature'}")
-                 .arg(LanguageDefinitions::getSecondFallbackLanguageFilename()));
-}
-
-void tst_EventsDBusProviderBaseClass::logsTypeStateAndIconByThemselves()
-{
-    PumpEvents provider(m_texts);
-    provider.EventsDBusProviderBaseClass::logEvent(
-        EventType::otherEvents, State::neutral, text("Icon"), text("the time"), pump, pumpName,
-        Arguments(), {}, QString(), QString(), QString(), SourceHashType::noSourceHash);
-    const QJsonArray arguments = onlyEvent().arguments;
-    QCOMPARE(arguments[0].toArray(), (QJsonArray{text("3"), text("0"), text("Icon")}));
-    QCOMPARE(arguments[1].toString(), text("the time"));
-}
-
-void tst_EventsDBusProviderBaseClass::sendsSourceHashes()
-{
-    PumpEvents provider(m_texts);
-    provider.EventsDBusProviderBaseClass::logEvent(attributes, QString(), pump, goodDictionary(),
-                                                   {}, QString(), QString(), text("00ff"),
-                                                   SourceHashType(3));
-    QVERIFY(onlyEvent().arguments[6].toString().endsWith(
-        json(",'SourceHashType':3,'SourceHashes':'00ff'}")));
-}
-
-void tst_EventsDBusProviderBaseClass::losesTheEventWithoutService()
-{
-    PumpEvents provider(m_texts);
-    QVERIFY(takeServiceAway());
-    expectRefusedCall(EventlistHandlerDBusConnectorWrite(false));
-    provider.logEvent(attributes, QString(), pump, goodDictionary(), {}, QString(), QString());
 }
 
 QTEST_GUILESS_MAIN(tst_EventsDBusProviderBaseClass)
