@@ -20,8 +20,10 @@ function(eventlisthandler_target_defaults target)
     endif()
     if(EVENTLISTHANDLER_SANITIZERS)
         target_compile_options(${target} PRIVATE
-            -fsanitize=${EVENTLISTHANDLER_SANITIZERS} -fno-omit-frame-pointer
-            $<$<NOT:$<STREQUAL:${EVENTLISTHANDLER_SANITIZERS},thread>>:-fno-sanitize-recover=undefined>)
+            -fsanitize=${EVENTLISTHANDLER_SANITIZERS} -fno-omit-frame-pointer)
+        if(EVENTLISTHANDLER_SANITIZERS MATCHES "undefined")
+            target_compile_options(${target} PRIVATE -fno-sanitize-recover=undefined)
+        endif()
         target_link_options(${target} PRIVATE -fsanitize=${EVENTLISTHANDLER_SANITIZERS})
     endif()
     if(EVENTLISTHANDLER_COVERAGE)

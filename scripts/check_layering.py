@@ -10,6 +10,8 @@ from project_files import CPP, files, without_comments_and_texts
 
 LONGEST_FILE = 800
 INCLUDE = re.compile(r'^\s*#\s*include\s+(?P<mark>["<])(?P<path>[^">]+)[">]')
+CLASS = re.compile(r"^[ \t]*(?P<kind>class|struct|namespace|enum)\s+(?:class\s+)?(?:[A-Z_]+_EXPORT\s+)?(?P<name>\w+)\s*"
+                   r"(?:final\s*)?(?::(?!:)[^;{]*)?\{", re.MULTILINE)
 CONDITION = re.compile(r"^\s*#\s*(?P<word>if|ifdef|ifndef|endif)\b")
 
 # Where an include of each tree may lead, first the tree's own root. A path that leads nowhere is not full.
@@ -17,12 +19,13 @@ INCLUDE_ROOTS = (
     ("src", ("src", "platform/api")),
     ("platform/api", ("platform/api",)),
     ("platform/standin", ("platform/standin", "platform/api", "src")),
-    ("service", ("service", "platform/api")),
+    ("service", ("service", "platform/api", "platform/standin")),
     ("tools", ("tools", "src", "platform/api")),
     ("examples", ("examples", "src", "platform/api")),
     ("benchmarks", ("benchmarks", "tests", "src", "platform/api")),
     ("fuzz", ("fuzz", "tests", "src", "platform/api")),
-    ("tests", ("tests", "tests/support", "src", "platform/api", "platform/standin", "service")),
+    ("tests", ("tests", "tests/support", "tests/unit", "tests/bus", "tests/contract", "src", "platform/api",
+               "platform/standin", "service", "tools")),
 )
 # What of src/ a tree may see; a tree that is missing here sees all of it.
 VISIBLE_OF_SRC = {"platform/api": (), "platform/standin": ("Common/DBusTools/",), "service": ()}
@@ -33,6 +36,8 @@ HEADER_ROOTS_OF_STANDIN = ("platform/standin", "platform/api/Platform", "src/Com
 
 OWN, LIBRARY, PLATFORM, QT, STANDARD = range(5)
 GROUP_NAMES = ("own header", "own library", "Platform", "Qt", "standard")
+# Libraries of others stand where the platform stands.
+FOREIGN = ("dbus/",)
 
 
 class Checker:
@@ -126,7 +131,7 @@ class Checker:
                 self.report(path, 1, "its folder has no line in cmake/layers.txt")
             for number, mark, included, conditional, blank_before in includes:
                 self.check_include(tree, roots, path, number, mark, included)
-            self.check_order(roots, path, includes)
+            self.check_order(tree, path, includes)
             if tree not in ("tests", "benchmarks", "fuzz"):
                 self.check_names(tree, path, source, includes)
 
@@ -196,31 +201,39 @@ class Checker:
         if "detail" in target.parts and source != wanted:
             self.report(path, number, f"'{target}' is a private part of another folder")
 
-    def group_of(self, roots, path, mark, included):
+    @staticmethod
+    def group_of(path, mark, included):
         if mark == '"':
             if path.suffix == ".cpp" and Path(included).stem == path.stem and included.endswith(".h"):
                 return OWN
             return PLATFORM if included.startswith("Platform/") else LIBRARY
+        if included.startswith(FOREIGN):
+            return PLATFORM
         return QT if re.match(r"(Qt[A-Z]\w*/)?Q[A-Za-z]", included) else STANDARD
 
-    def check_order(self, roots, path, includes):
+    def check_order(self, tree, path, includes):
         last = None
         for number, mark, included, conditional, blank_before in includes:
             if conditional or included.endswith(".moc"):
                 continue
-            group = self.group_of(roots, path, mark, included)
-            if last is not None and group < last:
+            group = self.group_of(path, mark, included)
+            # A test begins with what it tests, of whichever library that is; its own helpers come after.
+            is_free = tree in ("tests", "benchmarks", "fuzz") and {group, last} <= {LIBRARY, PLATFORM}
+            if last is not None and group < last and not is_free:
                 self.report(path, number, f"'{included}' ({GROUP_NAMES[group]}) stands after {GROUP_NAMES[last]}")
-            elif last is not None and group > last and not blank_before:
+            elif last is not None and group != last and not blank_before:
                 self.report(path, number, f"a blank line is missing before '{included}' ({GROUP_NAMES[group]})")
-            last = group if last is None else max(last, group)
+            last = group if last is None or is_free else max(last, group)
 
     def check_names(self, tree, path, source, includes):
         name = path.stem
         if path.suffix == ".h":
-            code = without_comments_and_texts(source)
-            if not re.search(rf"\b(class|struct|namespace|enum)\s+(\w+\s+)*{re.escape(name)}\b\s*(final\b\s*)?[:{{\n]",
-                             code) and not self.is_excepted("no-class", path):
+            found = list(CLASS.finditer(without_comments_and_texts(source)))
+            classes = [match["name"] for match in found if match["kind"] in ("class", "struct")]
+            # Elsewhere a header may hold free functions only, or records that belong together.
+            is_strict = tree in ("src", "platform/api") or len(classes) == 1
+            is_named = any(match["name"] == name for match in found)
+            if is_strict and not is_named and not self.is_excepted("no-class", path):
                 self.report(path, 1, f"declares no class '{name}'")
             if not source.lstrip().startswith("#pragma once"):
                 self.report(path, 1, "a header begins with #pragma once")

@@ -37,6 +37,7 @@ int run(Options options)
     EventlistService service(options.service, texts);
     BusEndpoint bus(PropertyManagerConst::getDBusPrefix() + QLatin1Char('.') + names::moduleName(),
                     service);
+    QObject::connect(&bus, &BusEndpoint::ready, &service, &EventlistService::onReachable);
     QObject::connect(&bus, &BusEndpoint::ready, &bus,
                      [] { std::fputs("eventlistd: ready\n", stderr); });
     bool isFirst = true;

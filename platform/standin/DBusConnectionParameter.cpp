@@ -9,10 +9,8 @@ DBusConnectionParameter::DBusConnectionParameter(const QString& moduleName,
 
 DBusConnectionParameter::~DBusConnectionParameter() = default;
 
-DBusConnectionParameter
-DBusConnectionParameter::createFromTavikInternal(const QString& moduleName,
-                                                 const QString& objectName,
-                                                 const QString& interfaceName)
+DBusConnectionParameter DBusConnectionParameter::createFromTavikInternal(
+    const QString& moduleName, const QString& objectName, const QString& interfaceName)
 {
     return DBusConnectionParameter(moduleName, objectName, interfaceName);
 }

@@ -37,6 +37,8 @@ private:
     std::atomic<quint64> m_validState{DBusRemoteObject::validState(0)};
     // Of the connector's thread.
     quint64 m_generation = 0;
+    // Of the connection that has the subscriptions.
+    quint64 m_servicesGeneration = 0;
     std::shared_ptr<QDBusAbstractInterface> m_proxy;
     bool m_hasServices = false;
     bool m_isRefreshing = false;
@@ -73,8 +75,9 @@ void DBusConnectorBase::Private::refresh()
         m_proxy = std::move(view.proxy);
         m_generation = view.generation;
         m_validState.store(DBusRemoteObject::validState(m_generation), std::memory_order_relaxed);
-        if (m_hasServices)
+        if (m_hasServices && m_generation != m_servicesGeneration)
         {
+            m_servicesGeneration = m_generation;
             connectServices(m_connector.m_dBusInterface->connection());
         }
     }
@@ -87,15 +90,15 @@ void DBusConnectorBase::Private::start()
     {
         return;
     }
-    DBusTracker::instance().subscribe(*object, *this);
-    refresh();
-    const QDBusConnection connection = m_connector.m_dBusInterface->connection();
-    m_isRefreshing = true;
-    // QtDBus accepts subscriptions on a lost connection; here somebody has to hear that there is
-    // no bus.
-    connectServices(connection.isConnected() ? connection : QDBusConnection(QString()));
-    m_isRefreshing = false;
     m_hasServices = true;
+    DBusTracker& tracker = DBusTracker::instance();
+    tracker.subscribe(*object, *this);
+    // Without a bus as well: then somebody hears that the signals cannot come.
+    const std::shared_ptr<DBusLink> link = tracker.link();
+    m_servicesGeneration = link ? link->generation() : 0;
+    m_isRefreshing = true;
+    connectServices(link ? link->connection() : QDBusConnection(QString()));
+    m_isRefreshing = false;
     refresh();
 }
 
@@ -110,8 +113,8 @@ void DBusConnectorBase::Private::connectServices(const QDBusConnection& connecti
 DBusConnectorBase::DBusConnectorBase(const QString& moduleName, const QString& objectName,
                                      const QString& interfaceName, QObject* parent, ConnectionMode)
     : QObject(parent),
-      d(new Private(*this, DBusTracker::instance().remoteObject(moduleName, objectName,
-                                                                 interfaceName)))
+      d(new Private(*this,
+                    DBusTracker::instance().remoteObject(moduleName, objectName, interfaceName)))
 {
     m_dBusInterface = d->object->placeholder.get();
     d->refresh();
@@ -132,6 +135,11 @@ DBusConnectorBase::~DBusConnectorBase()
 void DBusConnectorBase::initObject()
 {
     d->start();
+}
+
+void DBusConnectorBase::customEvent(QEvent*)
+{
+    d->hear();
 }
 
 bool DBusConnectorBase::isDBusInterfaceValid() const
@@ -158,8 +166,9 @@ QString DBusConnectorBase::getInvalidDBusInterfaceMessage() const
     case DBusTracker::Obstacle::replacedConnection:
         break;
     }
-    return target + QStringLiteral("a new connection to the bus waits for the thread of this "
-                                   "connector, on which to find ") +
+    return target +
+           QStringLiteral("a new connection to the bus waits for the thread of this "
+                          "connector, on which to find ") +
            address.serviceName;
 }
 

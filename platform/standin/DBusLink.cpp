@@ -2,9 +2,53 @@
 
 #include <dbus/dbus.h>
 
-#include <QtGlobal>
+#include <QCoreApplication>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QEvent>
+#include <QObject>
 
+#include <atomic>
+#include <map>
+#include <mutex>
 #include <utility>
+#include <vector>
+
+/// Where messages are heard, and questions asked, both on QtDBus' thread: no other may use the
+/// connection of libdbus. From another, a full socket would make QtDBus stop writing for good.
+/// It belongs to the bus connection, which may outlive the link.
+class DBusLink::Tap final : public QObject
+{
+public:
+    Tap(quint64 generationOfLink, Listener& listenerOfLink, DBusConnection* connection)
+        : m_generation(generationOfLink), m_listener(listenerOfLink), m_connection(connection)
+    {
+    }
+
+    static void open(Tap* tap, QThread* thread);
+    void askOwner(const QByteArray& name);
+
+protected:
+    void customEvent(QEvent*) override;
+
+private:
+    static DBusHandlerResult hear(DBusConnection*, DBusMessage* message, void* tap);
+    void hear(DBusMessage* message);
+    void hearSignal(DBusMessage* message) const;
+    void hearOwnerChange(DBusMessage* message) const;
+    void hearAnswer(DBusMessage* message);
+    void send(const QByteArray& name);
+
+    // Fixed at construction.
+    const quint64 m_generation;
+    Listener& m_listener;
+    DBusConnection* const m_connection;
+    // Guarded by the mutex.
+    std::mutex m_mutex;
+    std::vector<QByteArray> m_namesToAsk;
+    // Of QtDBus' thread: serial number and bus name.
+    std::map<quint32, QByteArray> m_questions;
+};
 
 namespace
 {
@@ -14,12 +58,9 @@ struct MessageRelease
 };
 using MessagePointer = std::unique_ptr<DBusMessage, MessageRelease>;
 
-/// What the filter knows. It belongs to the bus connection, which may outlive the link.
-struct Tap
-{
-    quint64 generation;
-    DBusLink::Listener* listener;
-};
+// Makes visible to QtDBus' thread what was written before a tap was handed to it. QtDBus has locks
+// on the way as well, but no promise of them.
+std::atomic<int> handedOverTaps{0};
 
 QString connectionName(quint64 generation)
 {
@@ -31,29 +72,17 @@ DBusConnection* rawConnection(const QDBusConnection& connection)
     return static_cast<DBusConnection*>(connection.internalPointer());
 }
 
-MessagePointer busCall(const char* method, const char* argument)
+QDBusMessage busCall(const QString& method, const QByteArray& argument)
 {
-    MessagePointer message(dbus_message_new_method_call(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS,
-                                                        DBUS_INTERFACE_DBUS, method));
-    if (message)
-    {
-        dbus_message_append_args(message.get(), DBUS_TYPE_STRING, &argument, DBUS_TYPE_INVALID);
-    }
-    return message;
+    QDBusMessage call = QDBusMessage::createMethodCall(QLatin1String(DBUS_SERVICE_DBUS),
+                                                       QLatin1String(DBUS_PATH_DBUS),
+                                                       QLatin1String(DBUS_INTERFACE_DBUS), method);
+    call << QString::fromUtf8(argument);
+    return call;
 }
+} // namespace
 
-void sendWithoutReply(const QDBusConnection& connection, const char* method,
-                      const QByteArray& argument)
-{
-    const MessagePointer message = busCall(method, argument.constData());
-    if (message)
-    {
-        dbus_message_set_no_reply(message.get(), TRUE);
-        dbus_connection_send(rawConnection(connection), message.get(), nullptr);
-    }
-}
-
-void hearOwnerChange(const Tap& tap, DBusMessage* message)
+void DBusLink::Tap::hearOwnerChange(DBusMessage* message) const
 {
     const char* name = nullptr;
     const char* oldOwner = nullptr;
@@ -63,64 +92,121 @@ void hearOwnerChange(const Tap& tap, DBusMessage* message)
         dbus_message_get_args(message, nullptr, DBUS_TYPE_STRING, &name, DBUS_TYPE_STRING,
                               &oldOwner, DBUS_TYPE_STRING, &newOwner, DBUS_TYPE_INVALID))
     {
-        tap.listener->ownerChanged(tap.generation, name, newOwner);
+        m_listener.ownerChanged(m_generation, name, newOwner);
     }
 }
 
-void hearSignal(const Tap& tap, DBusMessage* message)
+void DBusLink::Tap::hearSignal(DBusMessage* message) const
 {
-    DBusLink::Signal signal{dbus_message_get_sender(message), dbus_message_get_path(message),
-                            dbus_message_get_member(message), dbus_message_get_signature(message),
-                            false};
+    Signal signal{dbus_message_get_sender(message), dbus_message_get_path(message),
+                  dbus_message_get_member(message), dbus_message_get_signature(message), false};
     if (qstrcmp(signal.signature, DBUS_TYPE_BOOLEAN_AS_STRING) == 0)
     {
         dbus_bool_t argument = FALSE;
         dbus_message_get_args(message, nullptr, DBUS_TYPE_BOOLEAN, &argument, DBUS_TYPE_INVALID);
         signal.argument = argument != FALSE;
     }
-    tap.listener->signalArrived(tap.generation, signal);
+    m_listener.signalArrived(m_generation, signal);
 }
 
-void hearAnswer(const Tap& tap, DBusMessage* message)
+void DBusLink::Tap::hearAnswer(DBusMessage* message)
 {
+    const auto question = m_questions.find(dbus_message_get_reply_serial(message));
+    if (question == m_questions.end())
+    {
+        return;
+    }
     const char* owner = "";
     if (dbus_message_get_type(message) == DBUS_MESSAGE_TYPE_METHOD_RETURN)
     {
         dbus_message_get_args(message, nullptr, DBUS_TYPE_STRING, &owner, DBUS_TYPE_INVALID);
     }
-    tap.listener->ownerAnswered(tap.generation, dbus_message_get_reply_serial(message), owner);
+    const QByteArray name = question->second;
+    m_questions.erase(question);
+    m_listener.ownerAnswered(m_generation, name, owner);
 }
 
-DBusHandlerResult filter(DBusConnection*, DBusMessage* message, void* data)
+DBusHandlerResult DBusLink::Tap::hear(DBusConnection*, DBusMessage* message, void* tap)
 {
-    const Tap& tap = *static_cast<Tap*>(data);
+    handedOverTaps.load(std::memory_order_acquire);
+    static_cast<Tap*>(tap)->hear(message);
+    return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
+}
+
+void DBusLink::Tap::hear(DBusMessage* message)
+{
     switch (dbus_message_get_type(message))
     {
     case DBUS_MESSAGE_TYPE_SIGNAL:
         if (dbus_message_is_signal(message, DBUS_INTERFACE_LOCAL, "Disconnected"))
         {
-            tap.listener->linkLost(tap.generation);
+            m_listener.linkLost(m_generation);
         }
         else if (dbus_message_is_signal(message, DBUS_INTERFACE_DBUS, "NameOwnerChanged"))
         {
-            hearOwnerChange(tap, message);
+            hearOwnerChange(message);
         }
         else
         {
-            hearSignal(tap, message);
+            hearSignal(message);
         }
         break;
     case DBUS_MESSAGE_TYPE_METHOD_RETURN:
     case DBUS_MESSAGE_TYPE_ERROR:
-        // Answers to calls of QtDBus never get here; these are the answers to our own questions.
-        hearAnswer(tap, message);
+        // Answers to calls of QtDBus never get here.
+        hearAnswer(message);
         break;
     default:
         break;
     }
-    return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
 }
-} // namespace
+
+void DBusLink::Tap::open(Tap* tap, QThread* thread)
+{
+    tap->moveToThread(thread);
+    handedOverTaps.fetch_add(1, std::memory_order_release);
+    dbus_connection_add_filter(tap->m_connection, hear, tap,
+                               [](void* unused) { delete static_cast<Tap*>(unused); });
+}
+
+void DBusLink::Tap::askOwner(const QByteArray& name)
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_namesToAsk.push_back(name);
+    }
+    QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+}
+
+void DBusLink::Tap::customEvent(QEvent*)
+{
+    handedOverTaps.load(std::memory_order_acquire);
+    std::vector<QByteArray> names;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        names.swap(m_namesToAsk);
+    }
+    for (const QByteArray& name : names)
+    {
+        send(name);
+    }
+}
+
+void DBusLink::Tap::send(const QByteArray& name)
+{
+    // Without a pending call, so that the answer runs through the filter, in its order among the
+    // news.
+    const MessagePointer message(dbus_message_new_method_call(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS,
+                                                              DBUS_INTERFACE_DBUS, "GetNameOwner"));
+    const char* const argument = name.constData();
+    dbus_uint32_t serial = 0;
+    if (message &&
+        dbus_message_append_args(message.get(), DBUS_TYPE_STRING, &argument, DBUS_TYPE_INVALID) &&
+        dbus_connection_send(m_connection, message.get(), &serial))
+    {
+        m_questions[serial] = name;
+    }
+}
 
 DBusLink::DBusLink(quint64 generation, const QDBusConnection& connection)
     : m_generation(generation), m_connection(connection)
@@ -130,13 +216,13 @@ DBusLink::DBusLink(quint64 generation, const QDBusConnection& connection)
 std::shared_ptr<DBusLink> DBusLink::open(quint64 generation, Listener& listener)
 {
     const QString name = connectionName(generation);
-    std::shared_ptr<DBusLink> link(new DBusLink(
-        generation, QDBusConnection::connectToBus(QDBusConnection::SystemBus, name)));
-    DBusConnection* const raw = rawConnection(link->m_connection);
-    if (raw != nullptr)
+    std::shared_ptr<DBusLink> link(
+        new DBusLink(generation, QDBusConnection::connectToBus(QDBusConnection::SystemBus, name)));
+    if (DBusConnection* const raw = rawConnection(link->m_connection))
     {
-        const auto deleteTap = [](void* data) { delete static_cast<Tap*>(data); };
-        dbus_connection_add_filter(raw, filter, new Tap{generation, &listener}, deleteTap);
+        // The bus interface lives on QtDBus' thread.
+        link->m_tap = new Tap(generation, listener, raw);
+        Tap::open(link->m_tap, link->m_connection.interface()->thread());
     }
     // Asked after the filter stands: a loss from now on is heard, one before is seen here.
     if (!link->m_connection.isConnected())
@@ -155,30 +241,19 @@ void DBusLink::close(std::shared_ptr<DBusLink>&& link)
 
 void DBusLink::addMatch(const QByteArray& rule) const
 {
-    sendWithoutReply(m_connection, "AddMatch", rule);
+    m_connection.send(busCall(QStringLiteral("AddMatch"), rule));
 }
 
 void DBusLink::removeMatch(const QByteArray& rule) const
 {
-    sendWithoutReply(m_connection, "RemoveMatch", rule);
+    m_connection.send(busCall(QStringLiteral("RemoveMatch"), rule));
 }
 
-void DBusLink::watchOwner(const QByteArray& name) const
+void DBusLink::followOwner(const QByteArray& name) const
 {
+    // In this order: no change can slip through between the answer and the first news.
     addMatch("type='signal',sender='" DBUS_SERVICE_DBUS "',interface='" DBUS_INTERFACE_DBUS
              "',member='NameOwnerChanged',arg0='" +
              name + '\'');
-}
-
-quint32 DBusLink::askOwner(const QByteArray& name) const
-{
-    // No pending call: its callback could be set too late. As it is, the answer runs through the
-    // filter, in its order among the news.
-    dbus_uint32_t serial = 0;
-    const MessagePointer message = busCall("GetNameOwner", name.constData());
-    if (message)
-    {
-        dbus_connection_send(rawConnection(m_connection), message.get(), &serial);
-    }
-    return serial;
+    m_tap->askOwner(name);
 }

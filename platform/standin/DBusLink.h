@@ -33,8 +33,9 @@ public:
         /// The link is lost. Nothing more comes from it.
         virtual void linkLost(quint64 generation) = 0;
 
-        /// The answer to askOwner(); empty when nobody owns the name.
-        virtual void ownerAnswered(quint64 generation, quint32 serial, const QByteArray& owner) = 0;
+        /// The answer to followOwner(): who owns the name now. Empty when nobody does.
+        virtual void ownerAnswered(quint64 generation, const QByteArray& name,
+                                   const QByteArray& owner) = 0;
 
         /// A bus name has another owner, or none any more.
         virtual void ownerChanged(quint64 generation, const QByteArray& name,
@@ -65,21 +66,20 @@ public:
     void addMatch(const QByteArray& rule) const;
     void removeMatch(const QByteArray& rule) const;
 
-    /// Makes the listener hear of every change of owner of a bus name.
-    void watchOwner(const QByteArray& name) const;
-
-    /// Asks who owns a bus name.
-    /// \return the serial number of the question; the answer may be there before this returns
-    quint32 askOwner(const QByteArray& name) const;
+    /// Makes the listener hear who owns a bus name, first by an answer, then by every change.
+    void followOwner(const QByteArray& name) const;
 
     DBusLink(const DBusLink&) = delete;
     DBusLink& operator=(const DBusLink&) = delete;
     ~DBusLink() = default;
 
 private:
+    class Tap;
+
     DBusLink(quint64 generation, const QDBusConnection& connection);
 
-    // Fixed at construction.
+    // Set by open().
     const quint64 m_generation;
     const QDBusConnection m_connection;
+    Tap* m_tap = nullptr;
 };

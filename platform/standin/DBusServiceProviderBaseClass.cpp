@@ -2,13 +2,13 @@
 
 #include "DBusTracker.h"
 
+#include <dbus/dbus-shared.h>
+
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDebug>
 #include <QMap>
-
-#include <dbus/dbus-shared.h>
 
 #include <mutex>
 
@@ -16,9 +16,9 @@ namespace
 {
 QDBusMessage nameCall(const QString& method, const QString& name)
 {
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        QLatin1String(DBUS_SERVICE_DBUS), QLatin1String(DBUS_PATH_DBUS),
-        QLatin1String(DBUS_INTERFACE_DBUS), method);
+    QDBusMessage call = QDBusMessage::createMethodCall(QLatin1String(DBUS_SERVICE_DBUS),
+                                                       QLatin1String(DBUS_PATH_DBUS),
+                                                       QLatin1String(DBUS_INTERFACE_DBUS), method);
     call << name;
     return call;
 }
@@ -103,8 +103,12 @@ DBusServiceProviderBaseClass::Private::Private(
     DBusServiceProviderBaseClass& provider, const QString& moduleNameOfProvider,
     const DBusAddress& objectAddress, bool isNameWanted,
     const QFlags<QDBusConnection::RegisterOption>& options)
-    : DBusSubscriber(provider), moduleName(moduleNameOfProvider), m_provider(provider),
-      m_address(objectAddress), m_isNameWanted(isNameWanted), m_options(options)
+    : DBusSubscriber(provider),
+      moduleName(moduleNameOfProvider),
+      m_provider(provider),
+      m_address(objectAddress),
+      m_isNameWanted(isNameWanted),
+      m_options(options)
 {
     if (m_isNameWanted)
     {
@@ -156,7 +160,8 @@ void DBusServiceProviderBaseClass::Private::requestName(const QDBusConnection& c
     });
 }
 
-void DBusServiceProviderBaseClass::Private::warnAboutName(const QDBusPendingReply<uint>& reply) const
+void DBusServiceProviderBaseClass::Private::warnAboutName(
+    const QDBusPendingReply<uint>& reply) const
 {
     if (reply.isError() && reply.error().type() != QDBusError::Disconnected)
     {
@@ -192,12 +197,17 @@ DBusServiceProviderBaseClass::DBusServiceProviderBaseClass(
 {
     DBusTracker::instance().subscribe(*d);
     // Later: only then is the object complete, and its own slots can be called.
-    QMetaObject::invokeMethod(this, [this] { d->publish(); }, Qt::QueuedConnection);
+    d->tell();
 }
 
 DBusServiceProviderBaseClass::~DBusServiceProviderBaseClass()
 {
     d->withdraw();
+}
+
+void DBusServiceProviderBaseClass::customEvent(QEvent*)
+{
+    d->hear();
 }
 
 QString DBusServiceProviderBaseClass::getModuleName() const

@@ -4,9 +4,10 @@
 
 #include <dbus/dbus.h>
 
+#include <QCoreApplication>
 #include <QDBusServiceWatcher>
 #include <QDebug>
-#include <QMetaObject>
+#include <QEvent>
 #include <QObject>
 
 #include <algorithm>
@@ -86,7 +87,8 @@ private:
 DBusAddress::DBusAddress(const QString& moduleName, const QString& objectName,
                          const QString& interfaceNameOfObject)
     : serviceName(PropertyManagerConst::getDBusPrefix() + QLatin1Char('.') + moduleName),
-      path(QLatin1Char('/') + objectName), interfaceName(interfaceNameOfObject.toUtf8())
+      path(QLatin1Char('/') + objectName),
+      interfaceName(interfaceNameOfObject.toUtf8())
 {
     isAllowed = isAllowedOnDBus(serviceName.toUtf8(), dbus_validate_bus_name) &&
                 isAllowedOnDBus(path.toUtf8(), dbus_validate_path) &&
@@ -101,6 +103,20 @@ bool DBusAddress::isAllowedMember(const QByteArray& name)
 DBusRemoteObject::DBusRemoteObject(const DBusAddress& objectAddress)
     : address(objectAddress), placeholder(new Proxy(address, noConnection()))
 {
+}
+
+void DBusSubscriber::tell()
+{
+    if (!m_isTold.exchange(true))
+    {
+        QCoreApplication::postEvent(&m_context, new QEvent(QEvent::User));
+    }
+}
+
+void DBusSubscriber::hear()
+{
+    m_isTold = false;
+    connectionReplaced();
 }
 
 DBusTracker::Pin::Pin(const QDBusConnection& connection)
@@ -243,24 +259,24 @@ void DBusTracker::ask(Service& service)
     service.owner.clear();
     if (m_link)
     {
-        // In this order: no change can slip through between the answer and the first news.
-        m_link->watchOwner(service.name);
-        service.question = m_link->askOwner(service.name);
+        m_link->followOwner(service.name);
     }
 }
 
 bool DBusTracker::prepareNextService(Lock& lock)
 {
     const auto next = std::find_if(m_services.begin(), m_services.end(), [](const Service& known) {
-        return known.isAnswered && !known.isKnownToQt;
+        return known.isAnswered && !known.isKnownToQt && !known.owner.isEmpty();
     });
     if (next == m_services.end())
     {
         return false;
     }
     // One subscription to anything of the service makes QtDBus ask for its owner, once and
-    // waiting, and keep the answer: without it every proxy would ask. The bus has just answered
-    // the same question, so this wait is short. Nobody sends this signal.
+    // waiting, and keep the answer: without it every proxy and the first subscription of a
+    // connector would ask. The bus has just told the same, so this wait is short. Not while the
+    // service is absent: QtDBus would warn when it comes just between the question and the answer.
+    // Nobody sends this signal.
     const std::shared_ptr<DBusLink> link = m_link;
     lock.unlock();
     QDBusConnection(link->connection())
@@ -276,9 +292,10 @@ bool DBusTracker::prepareNextObject(Lock& lock)
 {
     for (Service& known : m_services)
     {
-        const auto next = std::find_if(
-            known.objects.begin(), known.objects.end(),
-            [this](const auto& object) { return object->m_generation != m_generation; });
+        const auto next =
+            std::find_if(known.objects.begin(), known.objects.end(), [this](const auto& object) {
+                return object->m_generation != m_generation;
+            });
         if (!known.isKnownToQt || next == known.objects.end())
         {
             continue;
@@ -384,14 +401,7 @@ void DBusTracker::tell(const std::list<DBusSubscriber*>& subscribers)
 {
     for (DBusSubscriber* const subscriber : subscribers)
     {
-        if (!subscriber->m_isTold.exchange(true))
-        {
-            const auto hear = [subscriber] {
-                subscriber->m_isTold = false;
-                subscriber->connectionReplaced();
-            };
-            QMetaObject::invokeMethod(&subscriber->m_context, hear, Qt::QueuedConnection);
-        }
+        subscriber->tell();
     }
 }
 
@@ -432,11 +442,27 @@ DBusTracker::Obstacle DBusTracker::obstacle(const DBusRemoteObject& object)
     {
         return Obstacle::forbiddenName;
     }
-    if (!isAlive() || object.m_generation != m_generation)
+    if (!isAlive())
     {
         return Obstacle::noConnection;
     }
-    return (object.state() & 1) == 0 ? Obstacle::noService : Obstacle::replacedConnection;
+    return object.m_generation != m_generation || (object.state() & 1) == 0
+               ? Obstacle::noService
+               : Obstacle::replacedConnection;
+}
+
+void DBusTracker::awaitFirst(Lock& lock, const std::shared_ptr<DBusRemoteObject>& object)
+{
+    Service& owner = service(object->address.serviceName.toUtf8());
+    if (std::find(owner.objects.begin(), owner.objects.end(), object) == owner.objects.end())
+    {
+        owner.objects.push_back(object);
+    }
+    waitBriefly(lock, [&] {
+        const bool isAbsent = owner.isAnswered && owner.owner.isEmpty();
+        return m_link && (isAbsent || object->m_generation == m_generation);
+    });
+    object->m_hasBeenAwaited = true;
 }
 
 std::shared_ptr<DBusRemoteObject> DBusTracker::remoteObject(const QString& moduleName,
@@ -447,18 +473,13 @@ std::shared_ptr<DBusRemoteObject> DBusTracker::remoteObject(const QString& modul
     std::shared_ptr<DBusRemoteObject>& entry = m_objects[{moduleName, objectName, interfaceName}];
     if (!entry)
     {
-        entry = std::make_shared<DBusRemoteObject>(
-            DBusAddress(moduleName, objectName, interfaceName));
-        if (entry->address.isAllowed)
-        {
-            service(entry->address.serviceName.toUtf8()).objects.push_back(entry);
-        }
+        entry =
+            std::make_shared<DBusRemoteObject>(DBusAddress(moduleName, objectName, interfaceName));
     }
     const std::shared_ptr<DBusRemoteObject> object = entry;
     if (object->address.isAllowed && !object->m_hasBeenAwaited)
     {
-        waitBriefly(lock, [&] { return object->m_generation == m_generation; });
-        object->m_hasBeenAwaited = true;
+        awaitFirst(lock, object);
     }
     return object;
 }
@@ -545,12 +566,12 @@ void DBusTracker::linkLost(quint64 generation)
     m_settled.notify_all();
 }
 
-void DBusTracker::ownerAnswered(quint64 generation, quint32 serial, const QByteArray& owner)
+void DBusTracker::ownerAnswered(quint64 generation, const QByteArray& name, const QByteArray& owner)
 {
     const Lock lock(m_mutex);
     for (Service& known : m_services)
     {
-        if (generation == m_generation && known.question == serial && !known.isAnswered)
+        if (generation == m_generation && known.name == name)
         {
             known.isAnswered = true;
             known.owner = owner;
@@ -570,6 +591,7 @@ void DBusTracker::ownerChanged(quint64 generation, const QByteArray& name, const
         {
             known.owner = owner;
             publish(known);
+            m_work.notify_all();
         }
     }
 }

@@ -31,8 +31,14 @@ public:
     DBusSubscriber(const DBusSubscriber&) = delete;
     DBusSubscriber& operator=(const DBusSubscriber&) = delete;
 
+    /// Makes the event loop of the context's thread call the context's customEvent(). There may be
+    /// other custom events: this one is not marked.
+    void tell();
+
+    /// To be called by customEvent().
+    void hear();
+
 protected:
-    /// Called through the event loop of the context's thread.
     virtual void connectionReplaced() = 0;
 
 private:
@@ -154,7 +160,8 @@ public:
                                                    const QString& objectName,
                                                    const QString& interfaceName);
 
-    /// A proxy of another generation than the one that is known, while its connection is alive.
+    /// A proxy of another generation than the one that is known, while its connection is alive. A
+    /// new connection has a proxy as soon as the service has been seen there.
     struct View
     {
         quint64 generation = 0;
@@ -197,7 +204,6 @@ private:
     {
         QByteArray name;
         // Of the current generation.
-        quint32 question = 0;
         bool isAnswered = false;
         bool isKnownToQt = false;
         QByteArray owner;
@@ -229,13 +235,15 @@ private:
     Service& service(const QByteArray& name);
     void publish(const Service& service);
     void clearStates();
-    void tell(const std::list<DBusSubscriber*>& subscribers);
+    static void tell(const std::list<DBusSubscriber*>& subscribers);
+    void awaitFirst(Lock& lock, const std::shared_ptr<DBusRemoteObject>& object);
     template<typename Condition>
     void waitBriefly(Lock& lock, Condition isSettled);
     static void leaveForkedChild();
 
     void linkLost(quint64 generation) override;
-    void ownerAnswered(quint64 generation, quint32 serial, const QByteArray& owner) override;
+    void ownerAnswered(quint64 generation, const QByteArray& name,
+                       const QByteArray& owner) override;
     void ownerChanged(quint64 generation, const QByteArray& name, const QByteArray& owner) override;
     void signalArrived(quint64 generation, const DBusLink::Signal& signal) override;
 

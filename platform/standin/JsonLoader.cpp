@@ -84,7 +84,7 @@ private:
             {
                 return fail(QStringLiteral("nested deeper than %1").arg(maxDepth));
             }
-            return take('{') ? scanObject(depth + 1) : (take('['), scanArray(depth + 1));
+            return take('{') ? scanObject(depth + 1) : take('[') && scanArray(depth + 1);
         }
         if (isNext('"'))
         {
@@ -202,13 +202,12 @@ private:
         ushort unit = 0;
         if (escape == 'u')
         {
-            bool isNumber = false;
             const QByteArray digits(m_position, int(std::min<qptrdiff>(4, m_end - m_position)));
             if (digits.size() < 4 || !std::all_of(digits.cbegin(), digits.cend(), isHexDigit))
             {
                 return false;
             }
-            unit = digits.toUShort(&isNumber, 16);
+            unit = digits.toUShort(nullptr, 16);
             m_position += 4;
         }
         else

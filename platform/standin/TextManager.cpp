@@ -7,9 +7,10 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QHash>
-#include <QReadWriteLock>
 #include <QTranslator>
 
+#include <mutex>
+#include <shared_mutex>
 #include <vector>
 
 namespace
@@ -37,7 +38,7 @@ public:
 private:
     // Texts that were asked for once; guarded by the lock. Only urls that have a text get here, so
     // it cannot grow beyond the files.
-    mutable QReadWriteLock m_lock;
+    mutable std::shared_mutex m_lock;
     mutable QHash<QString, QVariantMap> m_knownTexts;
 };
 
@@ -92,7 +93,7 @@ QVariantMap TextManager::Private::findTexts(const QString& url) const
 QVariantMap TextManager::Private::getTexts(const QString& url) const
 {
     {
-        const QReadLocker locker(&m_lock);
+        const std::shared_lock<std::shared_mutex> guard(m_lock);
         const auto known = m_knownTexts.constFind(url);
         if (known != m_knownTexts.constEnd())
         {
@@ -102,7 +103,7 @@ QVariantMap TextManager::Private::getTexts(const QString& url) const
     const QVariantMap texts = findTexts(url);
     if (!texts.isEmpty())
     {
-        const QWriteLocker locker(&m_lock);
+        const std::unique_lock<std::shared_mutex> guard(m_lock);
         m_knownTexts.insert(url, texts);
     }
     return texts;

@@ -1,7 +1,5 @@
 #include "core/Database.h"
 
-#include "core/LogLimiter.h"
-
 #include <QDateTime>
 #include <QDebug>
 #include <QDir>
@@ -416,12 +414,13 @@ void Database::note(const QSqlError& error, const QString& what)
     const int code = error.nativeErrorCode().toInt() & 0xff;
     const bool isDamaged =
         code == sqliteCorrupt || code == sqliteNotADatabase || code == sqliteConstraint;
+    const bool isFirst = m_failure == Failure::none;
     if (m_failure != Failure::damaged)
     {
         m_failure = isDamaged ? Failure::damaged : Failure::passing;
     }
-    static LogLimiter limiter(5, 10000);
-    if (limiter.allows())
+    // What fails after it is the same trouble.
+    if (isFirst && m_limiter.allows())
     {
         qWarning() << "Database:" << error.text().trimmed() << "in" << shortened(what);
     }

@@ -22,6 +22,8 @@ constexpr qint64 longestQueue = 64 * 1024 * 1024;
 constexpr int credentialsWaitMs = 100;
 constexpr int credentialsPollMs = 5;
 constexpr int retryMs = 1000;
+constexpr int purgeIntervalMs = 20;
+constexpr int rowsPerPurge = 2000;
 
 QString cleanKey()
 {
@@ -54,6 +56,9 @@ EventlistService::EventlistService(const Settings& settings, const TextManagerBa
     QObject::connect(&m_batchTimer, &QTimer::timeout, this, &EventlistService::onBatchTimer);
     m_secondTimer.setInterval(retryMs);
     QObject::connect(&m_secondTimer, &QTimer::timeout, this, &EventlistService::onSecond);
+    m_purgeTimer.setSingleShot(true);
+    m_purgeTimer.setInterval(purgeIntervalMs);
+    QObject::connect(&m_purgeTimer, &QTimer::timeout, this, &EventlistService::purgeSome);
     QObject::connect(&m_eventlistSignal, &CoalescedSignal::changed, this,
                      &EventlistService::eventlistChanged);
     QObject::connect(&m_alarmlistSignal, &CoalescedSignal::changed, this,
@@ -82,6 +87,7 @@ void EventlistService::stop()
     m_spool.setPaused(true);
     m_batchTimer.stop();
     m_secondTimer.stop();
+    m_purgeTimer.stop();
     if (flush())
     {
         m_database.setMetaValue(cleanKey(), 1);
@@ -93,17 +99,31 @@ void EventlistService::stop()
     m_database.close();
 }
 
-void EventlistService::takeEvent(const DecodedEvent& decoded, const QString& sender)
+void EventlistService::onReachable()
+{
+    m_eventlistSignal.touch();
+    if (m_isTellingAllWanted)
+    {
+        m_alarmlistSignal.touch();
+        const AlarmList::States& now = m_alarms.states();
+        Q_EMIT alarmStatesChanged(now, {!now.hasAlarm, !now.hasActiveAlarm, !now.hasFault,
+                                        !now.hasActiveFault, !now.isCentralDetectorActive});
+    }
+    m_isTellingAllWanted = true;
+}
+
+bool EventlistService::admitsEvent(const QString& sender)
 {
     if (!m_senders.admitEvent(sender))
     {
-        return;
+        return false;
     }
-    if (m_isSuppressed)
-    {
-        ++m_suppressedEvents;
-        return;
-    }
+    m_suppressedEvents += m_isSuppressed;
+    return !m_isSuppressed;
+}
+
+void EventlistService::takeEvent(const DecodedEvent& decoded, const QString& sender)
+{
     if (!decoded.isGood())
     {
         ++m_refusedEvents;
@@ -327,12 +347,8 @@ void EventlistService::logStart()
                             m_database.metaValue(bootKey()).toString() == m_settings.bootId;
     logOwn(isSameBoot ? m_ownEvents.restarted() : m_ownEvents.powerOn());
     m_database.setMetaValue(bootKey(), m_settings.bootId);
-    if (m_database.metaValue(cleanKey()).toInt() == 0)
-    {
-        // The end may have come between a change and its signal.
-        m_hasChangedAlarms = m_alarms.rowCount() > 0;
-        m_toldStates = AlarmList::States();
-    }
+    // After any other end a change may stand in the file that was never told.
+    m_isTellingAllWanted = m_database.metaValue(cleanKey()).toInt() == 0;
     m_database.setMetaValue(cleanKey(), 0);
 }
 
@@ -628,8 +644,34 @@ void EventlistService::replaceDatabase()
     logOwn(m_ownEvents.databaseFault(false));
 }
 
+void EventlistService::purgeSome()
+{
+    if (m_isFailing || !m_events.hasLeftovers())
+    {
+        return;
+    }
+    m_database.clearFailure();
+    if (!m_database.begin())
+    {
+        onFailure();
+    }
+    else if (!m_events.purge(rowsPerPurge) || !m_database.commit())
+    {
+        m_database.rollback();
+        onFailure();
+    }
+    else if (m_events.hasLeftovers())
+    {
+        m_purgeTimer.start();
+    }
+}
+
 void EventlistService::announce()
 {
+    if (m_events.hasLeftovers() && !m_purgeTimer.isActive())
+    {
+        m_purgeTimer.start();
+    }
     if (std::exchange(m_hasChangedEvents, false))
     {
         m_eventlistSignal.touch();

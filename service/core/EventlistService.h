@@ -71,6 +71,14 @@ public:
 
     SenderRegistry& senders() { return m_senders; }
 
+    /// To be called whenever the service has become reachable: what changed while nobody could hear
+    /// it is told now.
+    void onReachable();
+
+    /// Counts an event of a sender before anything is spent on it.
+    /// \return false when it is to be dropped
+    bool admitsEvent(const QString& sender);
+
     // What changes something. All of it is queued.
     void takeEvent(const DecodedEvent& decoded, const QString& sender);
     void deleteEventlist(const QString& sender);
@@ -127,6 +135,7 @@ private:
     void scheduleBatch();
     void onBatchTimer();
     void onSecond();
+    void purgeSome();
     bool writeBatch(int count);
     bool writeOne(Work& work);
     bool writeEvent(Event& event);
@@ -164,11 +173,13 @@ private:
     bool m_isAlarmlistFull = false;
     QMap<QString, QString> m_announcements;
     AlarmList::States m_toldStates;
+    bool m_isTellingAllWanted = true;
     CoalescedSignal m_eventlistSignal;
     CoalescedSignal m_alarmlistSignal;
 
     // Trouble.
     QTimer m_secondTimer;
+    QTimer m_purgeTimer;
     bool m_isFailing = false;
     bool m_isSuppressed = false;
     qint64 m_lostEvents = 0;

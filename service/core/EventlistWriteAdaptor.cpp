@@ -17,9 +17,13 @@ void EventlistWriteAdaptor::logEvent(const QStringList& eventAttributes, const Q
                                      const QString& additionalData, const QString& alarmId,
                                      const QDBusMessage& message)
 {
-    m_service.takeEvent(EventDecoder::fromBus(eventAttributes, timestamp, moduleName, description,
-                                              keywords, user, additionalData, alarmId),
-                        message.service());
+    if (m_service.admitsEvent(message.service()))
+    {
+        m_service.takeEvent(EventDecoder::fromBus(eventAttributes, timestamp, moduleName,
+                                                  description, keywords, user, additionalData,
+                                                  alarmId),
+                            message.service());
+    }
 }
 
 void EventlistWriteAdaptor::deleteEventlist(const QDBusMessage& message)

@@ -44,7 +44,6 @@ void CentralServiceTest::cleanup()
 
 void CentralServiceTest::cleanupTestCase()
 {
-    m_warnings.stop();
     m_probe.reset();
 }
 
@@ -94,6 +93,11 @@ QString CentralServiceTest::quoted(const QString& text)
     QString result;
     QDebug(&result).nospace() << text;
     return result;
+}
+
+QString CentralServiceTest::json(const char* text)
+{
+    return QString::fromUtf8(text).replace(QLatin1Char('\''), QLatin1Char('"'));
 }
 
 void CentralServiceTest::expectRefusedCall(const DBusConnectorBase& connector)

@@ -45,6 +45,10 @@ protected:
     /// A text as the message log shows it.
     static QString quoted(const QString& text);
 
+    /// JSON text, written with single quotes for double ones: moc does not understand raw strings
+    /// inside of macros.
+    static QString json(const char* text);
+
     /// Expects the warnings of a call that is refused because the service is not there.
     void expectRefusedCall(const DBusConnectorBase& connector);
 

@@ -17,10 +17,11 @@ constexpr int descriptionColumn = 26;
 
 QVector<Option> commonOptions()
 {
-    return {{{QStringLiteral("verbose")},
-             QString(),
-             QStringLiteral("show the library's own warnings too")},
-            {{QStringLiteral("h"), QStringLiteral("help")}, QString(), QStringLiteral("this text")}};
+    return {
+        {{QStringLiteral("verbose")},
+         QString(),
+         QStringLiteral("show the library's own warnings too")},
+        {{QStringLiteral("h"), QStringLiteral("help")}, QString(), QStringLiteral("this text")}};
 }
 
 QString optionLine(const Option& option)
@@ -30,16 +31,15 @@ QString optionLine(const Option& option)
     {
         names += (name.size() == 1 ? QStringLiteral("-") : QStringLiteral("--")) + name;
     }
-    QString head = QStringLiteral("  ") + (option.names.first().size() == 1 ? QString()
-                                                                            : QStringLiteral("    "));
+    QString head = QStringLiteral("  ") +
+                   (option.names.first().size() == 1 ? QString() : QStringLiteral("    "));
     head += names.join(QStringLiteral(", "));
     head += option.valueName.isEmpty() ? QString() : QLatin1Char(' ') + option.valueName;
     if (head.size() > descriptionColumn - 2)
     {
         head += QLatin1Char('\n');
     }
-    const QString indent =
-        QLatin1Char('\n') + QString(descriptionColumn, QLatin1Char(' '));
+    const QString indent = QLatin1Char('\n') + QString(descriptionColumn, QLatin1Char(' '));
     const int used = head.endsWith(QLatin1Char('\n')) ? 0 : head.size();
     QString description = option.description;
     return head + QString(descriptionColumn - used, QLatin1Char(' ')) +
@@ -62,9 +62,8 @@ QString Command::help() const
     {
         text += QStringLiteral("  eventlist ") + example + QLatin1Char('\n');
     }
-    return text +
-           QStringLiteral("\nExit codes: 0 done, 1 failed or refused, 2 wrong command line, "
-                          "3 bus or service not there\n");
+    return text + QStringLiteral("\nExit codes: 0 done, 1 failed or refused, 2 wrong command line, "
+                                 "3 bus or service not there\n");
 }
 
 int Command::complain(const QString& text) const

@@ -22,12 +22,6 @@ constexpr int idCells = 6;
 constexpr int streamedModuleCells = 16;
 constexpr int timeCells = 19;
 
-// "2026-03-14T09:26:53.589" as "2026-03-14 09:26:53".
-QString shortTime(QString time)
-{
-    return time.left(timeCells).replace(QLatin1Char('T'), QLatin1Char(' '));
-}
-
 QString styleOf(int type, int state)
 {
     if (state == EventlistHandlerEnums::State::inactive)
@@ -68,17 +62,20 @@ QJsonValue nested(const QString& text)
 
 QJsonValue jsonValue(const QString& column, const QString& text)
 {
-    static const QStringList numbers = {Names::getListColumnNameEventlistId(),
-                                        Names::getListColumnNameEventType(),
-                                        Names::getListColumnNameEventState(),
-                                        Names::getListColumnNameTimestampUtc(),
-                                        Names::getListColumnNameTimestampOffset(),
-                                        Names::getListColumnNameSourceHashType()};
+    static const QStringList numbers = {
+        Names::getListColumnNameEventlistId(),     Names::getListColumnNameEventType(),
+        Names::getListColumnNameEventState(),      Names::getListColumnNameTimestampUtc(),
+        Names::getListColumnNameTimestampOffset(), Names::getListColumnNameSourceHashType()};
     bool isNumber = false;
     const qint64 number = numbers.contains(column) ? text.toLongLong(&isNumber) : 0;
     if (isNumber)
     {
         return number;
+    }
+    if (column == Names::getListColumnNameAlarmActive() ||
+        column == Names::getListColumnNameAlarmAcknowledgment())
+    {
+        return text == QLatin1String("1");
     }
     if (column == Names::getListColumnNameKeywords())
     {
@@ -93,7 +90,9 @@ QJsonValue jsonValue(const QString& column, const QString& text)
     return text;
 }
 
-QString jsonText(const ListReply& list, int row)
+} // namespace
+
+QString EventPrinter::jsonText(const ListReply& list, int row)
 {
     QJsonObject object;
     for (const QString& column : list.header())
@@ -103,7 +102,11 @@ QString jsonText(const ListReply& list, int row)
     return SafeText::escapedJson(
         QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)));
 }
-} // namespace
+
+QString EventPrinter::shortTime(const QString& time)
+{
+    return time.left(timeCells).replace(QLatin1Char('T'), QLatin1Char(' '));
+}
 
 EventPrinter::EventPrinter(Form form) : m_form(form) {}
 
@@ -122,16 +125,16 @@ void EventPrinter::print(const ListReply& list)
 void EventPrinter::printTable(const ListReply& list, bool isStream)
 {
     const bool withUser = isStream || hasUsers(list);
-    QVector<Table::Column> columns = {
-        {QStringLiteral("ID"), isStream ? idCells : 0, 0, true},
-        {QStringLiteral("TIME"), timeCells, 0, false},
-        {QStringLiteral("TYPE"), 5, 0, false},
-        {QStringLiteral("STATE"), 0, 0, false},
-        {QStringLiteral("MODULE"), isStream ? streamedModuleCells : 0,
-         isStream ? streamedModuleCells : widestName, false}};
+    QVector<Table::Column> columns = {{QStringLiteral("ID"), isStream ? idCells : 0, 0, true},
+                                      {QStringLiteral("TIME"), timeCells, 0, false},
+                                      {QStringLiteral("TYPE"), 5, 0, false},
+                                      {QStringLiteral("STATE"), 0, 0, false},
+                                      {QStringLiteral("MODULE"), isStream ? streamedModuleCells : 0,
+                                       isStream ? streamedModuleCells : widestName, false}};
     if (withUser)
     {
-        columns.append({QStringLiteral("USER"), isStream ? 8 : 0, isStream ? 8 : widestName, false});
+        columns.append(
+            {QStringLiteral("USER"), isStream ? 8 : 0, isStream ? 8 : widestName, false});
     }
     columns.append({QStringLiteral("DESCRIPTION"), 0, 0, false});
     Table table(columns);

@@ -50,8 +50,8 @@ bool EventQuery::read(const Arguments& arguments)
     m_eventIds = arguments.values(QStringLiteral("event-id"));
     m_language = arguments.isSet(QStringLiteral("language"))
                      ? Language::key(arguments.value(QStringLiteral("language")))
-               : arguments.isSet(QStringLiteral("json")) ? QString()
-                                                         : Language::ofUser();
+                 : arguments.isSet(QStringLiteral("json")) ? QString()
+                                                           : Language::ofUser();
     return readTypes(arguments.list(QStringLiteral("type"))) && readTimes(arguments);
 }
 
@@ -83,9 +83,10 @@ bool EventQuery::readTimes(const Arguments& arguments)
         time = TimeText::read(arguments.value(option), now);
         if (!time.isValid())
         {
-            m_errorText = QStringLiteral("--%1 takes a time such as \"2026-03-14 09:26\" or \"2h\", "
-                                         "not '%2'")
-                              .arg(option, arguments.value(option));
+            m_errorText =
+                QStringLiteral("--%1 takes a time such as \"2026-03-14 09:26\" or \"2h\", "
+                               "not '%2'")
+                    .arg(option, arguments.value(option));
         }
         return time.isValid();
     };
@@ -100,7 +101,8 @@ bool EventQuery::readTimes(const Arguments& arguments)
         }
         return true;
     };
-    if (!readTime(QStringLiteral("since"), m_since) || !readTime(QStringLiteral("until"), m_until) ||
+    if (!readTime(QStringLiteral("since"), m_since) ||
+        !readTime(QStringLiteral("until"), m_until) ||
         !readId(QStringLiteral("from-id"), m_fromId) || !readId(QStringLiteral("to-id"), m_toId))
     {
         return false;
@@ -113,8 +115,8 @@ bool EventQuery::readTimes(const Arguments& arguments)
     return true;
 }
 
-DBusPendingReply::SharedPointer
-EventQuery::newest(EventlistHandlerDBusConnectorRead& connector, int rowLimit) const
+DBusPendingReply::SharedPointer EventQuery::newest(EventlistHandlerDBusConnectorRead& connector,
+                                                   int rowLimit) const
 {
     if (isById())
     {

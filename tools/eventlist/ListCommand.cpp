@@ -27,7 +27,8 @@ int readPieces(EventlistHandlerDBusConnectorRead& connector, EventQuery query, q
         const qint64 missing = rows - list.size();
         const int wanted = int(qMin<qint64>(missing, rowsOfPiece));
         ListReply piece;
-        const int code = Service::waitForList(connector, query.newest(connector, wanted), piece);
+        const int code = Service::askForList(
+            connector, [&] { return query.newest(connector, wanted); }, piece);
         if (code != ExitCode::success)
         {
             return code;
@@ -73,7 +74,8 @@ QString ListCommand::explanation() const
         "everything is written.\n\n"
         "With --json the output is one array with an object for each event, whose members are the\n"
         "columns of the list; \"Description\" and \"MetaData\" are objects, \"KeywordName\" is an\n"
-        "array. EventType: 0 alarm, 1 audit trail, 2 fault, 3 other. State: 0 none, 1 on, 2 off.\n");
+        "array. EventType: 0 alarm, 1 audit trail, 2 fault, 3 other. State: 0 none, 1 on, 2 "
+        "off.\n");
 }
 
 QVector<Option> ListCommand::options() const
@@ -112,9 +114,10 @@ int ListCommand::run(const Arguments& arguments)
     {
         return complain(query.errorText());
     }
-    if (!arguments.readNumber(QStringLiteral("count"), 0, defaultRows, count))
+    QString error;
+    if (!arguments.readNumber(QStringLiteral("count"), 0, defaultRows, count, error))
     {
-        return ExitCode::wrongUsage;
+        return complain(error);
     }
     EventlistHandlerDBusConnectorRead connector(false);
     if (!Service::isThere(connector))
@@ -126,8 +129,8 @@ int ListCommand::run(const Arguments& arguments)
     int code = ExitCode::success;
     if (query.isById())
     {
-        code = readPieces(connector, query,
-                          count > 0 ? count : std::numeric_limits<qint64>::max(), list);
+        code = readPieces(connector, query, count > 0 ? count : std::numeric_limits<qint64>::max(),
+                          list);
     }
     else
     {
@@ -153,6 +156,6 @@ int ListCommand::run(const Arguments& arguments)
         Output::error(QStringLiteral("no events"));
         return ExitCode::success;
     }
-    EventPrinter(isJson ? EventPrinter::jsonArray : EventPrinter::table).print(list);
+    EventPrinter(isJson ? EventPrinter::jsonArray : EventPrinter::wholeTable).print(list);
     return ExitCode::success;
 }

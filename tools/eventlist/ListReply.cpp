@@ -3,7 +3,6 @@
 #include "Definitions/EventlistHandlerDefinitions.h"
 
 #include <QDBusArgument>
-#include <QVariantMap>
 
 #include <algorithm>
 
@@ -15,8 +14,9 @@ bool holds(const QVariant& value, const char* signature)
     return value.userType() == qMetaTypeId<QDBusArgument>() &&
            value.value<QDBusArgument>().currentSignature() == QLatin1String(signature);
 }
+} // namespace
 
-bool readDictionary(const QVariant& value, QVariantMap& dictionary)
+bool ListReply::readDictionary(const QVariant& value, QVariantMap& dictionary)
 {
     if (value.userType() == QMetaType::QVariantMap)
     {
@@ -30,7 +30,6 @@ bool readDictionary(const QVariant& value, QVariantMap& dictionary)
     dictionary = qdbus_cast<QVariantMap>(value);
     return true;
 }
-} // namespace
 
 bool ListReply::read(const QVariantList& values)
 {

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 #include <QVariantList>
+#include <QVariantMap>
 
 /// The answer to a query of a list: rows of texts under named columns. Columns are found by their
 /// names, so that a service may have more of them and in another order.
@@ -14,6 +15,10 @@ public:
     /// Takes the values of an answer: one a{sv} with "header" (as) and "data" (aas).
     /// Failure: false when they have another shape.
     bool read(const QVariantList& values);
+
+    /// Takes a dictionary (a{sv}) as QtDBus delivers it.
+    /// Failure: false when the value is none.
+    static bool readDictionary(const QVariant& value, QVariantMap& dictionary);
 
     int size() const { return m_rows.size(); }
     const QStringList& header() const { return m_header; }

@@ -54,9 +54,9 @@ void Output::write(const QString& text)
 void Output::error(const QString& text)
 {
     // Nothing is left to be told when the standard error is gone.
-    (void)writeAll(STDERR_FILENO, (QStringLiteral("eventlist: ") + SafeText::escaped(text) +
-                                   QLatin1Char('\n'))
-                                      .toUtf8());
+    (void)writeAll(
+        STDERR_FILENO,
+        (QStringLiteral("eventlist: ") + SafeText::escaped(text) + QLatin1Char('\n')).toUtf8());
 }
 
 bool Output::isTerminal()

@@ -29,8 +29,7 @@ bool isDangerous(uint code)
 
 QString unitEscape(ushort unit)
 {
-    return QStringLiteral("\\u") +
-           QString::number(unit, 16).rightJustified(4, QLatin1Char('0'));
+    return QStringLiteral("\\u") + QString::number(unit, 16).rightJustified(4, QLatin1Char('0'));
 }
 
 QString escape(uint code)

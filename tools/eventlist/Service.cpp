@@ -10,6 +10,11 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDeadlineTimer>
+#include <QEventLoop>
+#include <QTimer>
+
+#include <chrono>
 
 bool Service::isThere(const DBusConnectorBase& connector)
 {
@@ -36,16 +41,29 @@ QString Service::absence(const DBusConnectorBase& connector)
         .arg(connector.getServiceName());
 }
 
+namespace
+{
+// The service limits what one client may ask for in a time.
+constexpr std::chrono::seconds longestPause(60);
+constexpr std::chrono::milliseconds betweenTries(200);
+
+QString failure(const DBusPendingReply& reply)
+{
+    return reply.isError() ? QStringLiteral("the service did not answer the query: %1 (%2)")
+                                 .arg(reply.error().message(), reply.error().name())
+                           : QString();
+}
+
+QString wrongShape()
+{
+    return QStringLiteral("the answer of the service cannot be read; is it another version?");
+}
+} // namespace
+
 QString Service::readList(const DBusPendingReply& reply, ListReply& list)
 {
-    if (reply.isError())
-    {
-        return QStringLiteral("the service did not answer the query: %1 (%2)")
-            .arg(reply.error().message(), reply.error().name());
-    }
-    return list.read(reply.values())
-               ? QString()
-               : QStringLiteral("the answer of the service is no list; is it another version?");
+    const QString problem = failure(reply);
+    return problem.isEmpty() && !list.read(reply.values()) ? wrongShape() : problem;
 }
 
 int Service::waitForList(const DBusConnectorBase& connector,
@@ -58,21 +76,67 @@ int Service::waitForList(const DBusConnectorBase& connector,
     }
     reply->waitForFinished();
     const QString problem = readList(*reply, list);
-    if (problem.isEmpty())
+    if (!problem.isEmpty())
     {
-        return ExitCode::success;
+        Output::error(problem);
+        return ExitCode::failed;
     }
-    Output::error(problem);
-    return ExitCode::failed;
+    return ExitCode::success;
+}
+
+int Service::askForList(const DBusConnectorBase& connector,
+                        const std::function<DBusPendingReply::SharedPointer()>& ask,
+                        ListReply& list)
+{
+    const QDeadlineTimer patience(longestPause);
+    for (;;)
+    {
+        const DBusPendingReply::SharedPointer reply = ask();
+        if (!reply.isNull())
+        {
+            reply->waitForFinished();
+        }
+        if (reply.isNull() || !reply->isError() ||
+            reply->error().type() != QDBusError::LimitsExceeded || patience.hasExpired())
+        {
+            return waitForList(connector, reply, list);
+        }
+        QEventLoop pause;
+        QTimer::singleShot(betweenTries, &pause, &QEventLoop::quit);
+        pause.exec();
+    }
+}
+
+int Service::waitForDictionary(const DBusConnectorBase& connector,
+                               const DBusPendingReply::SharedPointer& reply,
+                               QVariantMap& dictionary)
+{
+    if (reply.isNull())
+    {
+        Output::error(absence(connector));
+        return ExitCode::notReachable;
+    }
+    reply->waitForFinished();
+    QString problem = failure(*reply);
+    if (problem.isEmpty() && !ListReply::readDictionary(reply->values().value(0), dictionary))
+    {
+        problem = wrongShape();
+    }
+    if (!problem.isEmpty())
+    {
+        Output::error(problem);
+        return ExitCode::failed;
+    }
+    return ExitCode::success;
 }
 
 int Service::flush(const DBusConnectorBase& connector)
 {
     // A connection keeps the order of its messages: the answer comes after all that was sent.
-    const QDBusMessage answer = DBusConnection::getQDBusConnection().call(
-        QDBusMessage::createMethodCall(connector.getServiceName(), QStringLiteral("/"),
-                                       QStringLiteral("org.freedesktop.DBus.Peer"),
-                                       QStringLiteral("Ping")));
+    const QDBusMessage answer =
+        DBusConnection::getQDBusConnection().call(QDBusMessage::createMethodCall(
+            connector.getServiceName(), QStringLiteral("/"),
+            QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping")));
     if (answer.type() == QDBusMessage::ReplyMessage)
     {
         return ExitCode::success;

@@ -12,8 +12,8 @@ public:
     struct Column
     {
         QString title;
-        int minimum = 0;   ///< cells that it always has; for rows that are still to come
-        int maximum = 0;   ///< cells that it never exceeds; 0: any
+        int minimum = 0; ///< cells that it always has; for rows that are still to come
+        int maximum = 0; ///< cells that it never exceeds; 0: any
         bool isRight = false;
     };
 

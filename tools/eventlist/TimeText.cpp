@@ -9,8 +9,8 @@ namespace
 qint64 secondsOf(const QString& unit)
 {
     static const QMap<QString, qint64> seconds = {
-        {QStringLiteral("s"), 1},      {QStringLiteral("m"), 60},    {QStringLiteral("min"), 60},
-        {QStringLiteral("h"), 3600},   {QStringLiteral("d"), 86400}, {QStringLiteral("w"), 604800}};
+        {QStringLiteral("s"), 1},    {QStringLiteral("m"), 60},    {QStringLiteral("min"), 60},
+        {QStringLiteral("h"), 3600}, {QStringLiteral("d"), 86400}, {QStringLiteral("w"), 604800}};
     return seconds.value(unit);
 }
 

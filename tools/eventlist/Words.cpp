@@ -59,7 +59,8 @@ bool Words::readState(const QString& word, State& state)
 {
     static const QStringList words = {QStringLiteral("none"), QStringLiteral("on"),
                                       QStringLiteral("off")};
-    const int index = qMax(words.indexOf(word), EventlistHandlerDefinitions::getStates().indexOf(word));
+    const int index =
+        qMax(words.indexOf(word), EventlistHandlerDefinitions::getStates().indexOf(word));
     if (index < 0)
     {
         return false;

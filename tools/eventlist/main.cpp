@@ -21,15 +21,14 @@ QString help()
                 QLatin1Char('\n');
     }
     return text +
-           QStringLiteral(
-               "\n'eventlist COMMAND --help' explains a command, with examples.\n\n"
-               "Environment:\n"
-               "  DBUS_SYSTEM_BUS_ADDRESS  another bus than the system bus\n"
-               "  LC_ALL, LC_MESSAGES, LANG  the language in which lists are shown\n"
-               "  NO_COLOR  no colours, also on a terminal\n"
-               "  COLUMNS  another width than the terminal's\n\n"
-               "Exit codes: 0 done, 1 failed or refused, 2 wrong command line, "
-               "3 bus or service not there\n");
+           QStringLiteral("\n'eventlist COMMAND --help' explains a command, with examples.\n\n"
+                          "Environment:\n"
+                          "  DBUS_SYSTEM_BUS_ADDRESS  another bus than the system bus\n"
+                          "  LC_ALL, LC_MESSAGES, LANG  the language in which lists are shown\n"
+                          "  NO_COLOR  no colours, also on a terminal\n"
+                          "  COLUMNS  another width than the terminal's\n\n"
+                          "Exit codes: 0 done, 1 failed or refused, 2 wrong command line, "
+                          "3 bus or service not there\n");
 }
 } // namespace
 
@@ -69,8 +68,9 @@ int main(int argc, char** argv)
         Output::write(help());
         return ExitCode::success;
     }
-    Output::error(name.isEmpty() ? QStringLiteral("a command is missing; see 'eventlist --help'")
-                                 : QStringLiteral("there is no command '%1'; see 'eventlist --help'")
-                                       .arg(name));
+    Output::error(
+        name.isEmpty()
+            ? QStringLiteral("a command is missing; see 'eventlist --help'")
+            : QStringLiteral("there is no command '%1'; see 'eventlist --help'").arg(name));
     return ExitCode::wrongUsage;
 }

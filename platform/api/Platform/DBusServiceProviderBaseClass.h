@@ -28,9 +28,9 @@ public:
     ///                     alone
     /// \param options        what is exported
     /// Failure: one warning when the bus is missing, when the path is taken already in this
-    ///          process, or when the bus
-    /// name belongs to another process or is refused. The object lives on, unreachable; a missing
-    /// bus and a taken name are tried again when the bus or the name comes free.
+    ///          process, or when the bus name belongs to another process or is refused. The object
+    ///          lives on, unreachable; a missing bus and a taken name are tried again when the bus
+    ///          or the name comes free.
     DBusServiceProviderBaseClass(const QString& moduleName, const QString& objectName,
                                  const QString& interfaceName, bool flag,
                                  const QFlags<QDBusConnection::RegisterOption>& options);
@@ -38,6 +38,10 @@ public:
 
     /// The module name given to the constructor.
     QString getModuleName() const;
+
+protected:
+    /// Publishes the object. A class that overrides it for events of its own calls this as well.
+    void customEvent(QEvent* event) override;
 
 private:
     class Private;

@@ -64,6 +64,19 @@
         <source>Event list deleted</source>
         <translation>Ereignisliste gelöscht</translation>
     </message>
+    <message id="EventlistHandler/EventsDropped">
+        <source>%1 events were dropped, from: %2</source>
+        <extracomment>%1: a number; %2: what the events came from</extracomment>
+        <translation>%1 Ereignisse verworfen, von: %2</translation>
+    </message>
+    <message id="EventlistHandler/EventProcessingSuppressed">
+        <source>Event processing suppressed</source>
+        <translation>Ereignisverarbeitung unterdrückt</translation>
+    </message>
+    <message id="EventlistHandler/EventProcessingResumed">
+        <source>Event processing resumed</source>
+        <translation>Ereignisverarbeitung wieder aufgenommen</translation>
+    </message>
     <message id="GlobalFaultTexts/DataBaseFault">
         <source>Database fault</source>
         <translation>Störung der Datenbank</translation>

@@ -64,6 +64,19 @@
         <source>Event list deleted</source>
         <translation>Event list deleted</translation>
     </message>
+    <message id="EventlistHandler/EventsDropped">
+        <source>%1 events were dropped, from: %2</source>
+        <extracomment>%1: a number; %2: what the events came from</extracomment>
+        <translation>%1 events were dropped, from: %2</translation>
+    </message>
+    <message id="EventlistHandler/EventProcessingSuppressed">
+        <source>Event processing suppressed</source>
+        <translation>Event processing suppressed</translation>
+    </message>
+    <message id="EventlistHandler/EventProcessingResumed">
+        <source>Event processing resumed</source>
+        <translation>Event processing resumed</translation>
+    </message>
     <message id="GlobalFaultTexts/DataBaseFault">
         <source>Database fault</source>
         <translation>Database fault</translation>

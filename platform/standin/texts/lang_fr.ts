@@ -64,6 +64,19 @@
         <source>Event list deleted</source>
         <translation>Liste des événements effacée</translation>
     </message>
+    <message id="EventlistHandler/EventsDropped">
+        <source>%1 events were dropped, from: %2</source>
+        <extracomment>%1: a number; %2: what the events came from</extracomment>
+        <translation>%1 événements rejetés, de : %2</translation>
+    </message>
+    <message id="EventlistHandler/EventProcessingSuppressed">
+        <source>Event processing suppressed</source>
+        <translation>Traitement des événements suspendu</translation>
+    </message>
+    <message id="EventlistHandler/EventProcessingResumed">
+        <source>Event processing resumed</source>
+        <translation>Traitement des événements repris</translation>
+    </message>
     <message id="GlobalFaultTexts/DataBaseFault">
         <source>Database fault</source>
         <translation>Défaut de la base de données</translation>

@@ -119,6 +119,10 @@ protected:
     /// process, not owned.
     QDBusAbstractInterface* m_dBusInterface = nullptr;
 
+    /// Hears of a new bus connection. A class that overrides it for events of its own calls this as
+    /// well.
+    void customEvent(QEvent* event) override;
+
 private:
     void warn(const QString& text, int line, const char* function) const;
     DBusReply refuse(int line, const char* function) const;

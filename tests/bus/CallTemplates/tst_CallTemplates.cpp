@@ -7,6 +7,7 @@
 #include "Platform/DBusConnectionParameter.h"
 #include "Platform/PropertyManagerConst.h"
 
+#include <QJsonDocument>
 #include <QSignalSpy>
 #include <QThread>
 
@@ -333,8 +334,7 @@ void tst_CallTemplates::blockingCallWithoutAStructureGivesAnEmptyReply_data()
     row("list", "as", QJsonArray{QStringLiteral("x")});
     row("dictionary", "a{sv}", QJsonObject());
     row("array of variants", "av", QJsonArray());
-    row("structure of another shape", "(ss)",
-        QJsonArray{QStringLiteral("x"), QStringLiteral("y")});
+    row("structure of another shape", "(ss)", QJsonArray{QStringLiteral("x"), QStringLiteral("y")});
     row("structure of one number", "(i)", QJsonArray{1});
     row("array of structures", "a(isv)", QJsonArray());
 }
@@ -357,8 +357,8 @@ void tst_CallTemplates::blockingCallThatFailsWarnsTwice_data()
     QTest::addColumn<bool>("isError");
     QTest::addColumn<QString>("answer");
     QTest::addColumn<QString>("message");
-    QTest::newRow("error with a text") << true << QStringLiteral("The pump is stuck")
-                                       << QStringLiteral("The pump is stuck");
+    QTest::newRow("error with a text")
+        << true << QStringLiteral("The pump is stuck") << QStringLiteral("The pump is stuck");
     QTest::newRow("error without a text") << true << QString() << QString();
     QTest::newRow("answer that is no variant")
         << false << QStringLiteral("s")

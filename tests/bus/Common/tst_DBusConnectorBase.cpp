@@ -10,6 +10,7 @@
 #include "Platform/ErrorContainer.h"
 
 #include <QDBusArgument>
+#include <QDBusMetaType>
 #include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QTest>
@@ -20,6 +21,8 @@
 #include <memory>
 #include <thread>
 #include <vector>
+
+Q_DECLARE_METATYPE(DBusReply)
 
 namespace
 {
@@ -108,6 +111,8 @@ private Q_SLOTS:
     void callsConnectServicesOnceInInitObject();
     void sendsWithoutExpectingAReply();
     void sendsEveryArgumentAsItsOwnType();
+    void sendsAReplyAsOneStructure_data();
+    void sendsAReplyAsOneStructure();
     void doesNotSeeThatTheServiceRefusesAFireAndForgetCall();
     void handsOutTheFailureOfAnAsynchronousCall();
     void warnsTwiceWhenABlockingCallFails();
@@ -130,6 +135,7 @@ private Q_SLOTS:
     void doesNotBlockWhileTheServiceStandsStill();
 
     void worksWithoutApplicationAndBeforeMain();
+    void waitsBrieflyForABusThatStandsStillAtTheStart();
     void endsWithTheProcess_data();
     void endsWithTheProcess();
 
@@ -151,6 +157,8 @@ void tst_DBusConnectorBase::init()
     m_warnings.start();
     if (m_service.isRunning())
     {
+        // What an earlier test has sent is not to arrive in this one.
+        QVERIFY(m_service.synchronise(DBusConnection::getQDBusConnection()));
         m_service.clear();
     }
 }
@@ -210,8 +218,9 @@ void tst_DBusConnectorBase::warnsOncePerAsynchronousAndTwicePerSynchronousCallWi
     m_warnings.expect(text, file, QStringLiteral("DBusConnectorBase::asyncCallHelper"));
     for (int i = 0; i < 4; ++i)
     {
-        m_warnings.expect(text, file, i < 2 ? QStringLiteral("DBusConnectorBase::syncCallNoBlock")
-                                            : QStringLiteral("DBusConnectorBase::syncCallHelper"));
+        m_warnings.expect(text, file,
+                          i < 2 ? QStringLiteral("DBusConnectorBase::syncCallNoBlock")
+                                : QStringLiteral("DBusConnectorBase::syncCallHelper"));
     }
     const TestConnector connector;
     QVERIFY(waitUntil([&] { return !connector.isDBusInterfaceValid(); }));
@@ -258,8 +267,8 @@ void tst_DBusConnectorBase::composesItsAddress()
         nullptr, DBusConnectorBase::defaultMode);
 
     QCOMPARE(connector.getServiceName(),
-             QString(QString(serviceName()).replace(QLatin1String("EventlistHandler"),
-                                                    QLatin1String("Valve-2"))));
+             QString(QString(serviceName())
+                         .replace(QLatin1String("EventlistHandler"), QLatin1String("Valve-2"))));
     QCOMPARE(connector.getDBusPath(), QStringLiteral("/State"));
 }
 
@@ -308,6 +317,44 @@ void tst_DBusConnectorBase::sendsEveryArgumentAsItsOwnType()
     QCOMPARE(received.at(1).signature, QStringLiteral("b"));
 }
 
+void tst_DBusConnectorBase::sendsAReplyAsOneStructure_data()
+{
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<QString>("signature");
+    QTest::addColumn<QJsonValue>("sent");
+    const QJsonObject gap{{QStringLiteral("variant"), QStringLiteral("s")},
+                          {QStringLiteral("value"), QString()}};
+    QTest::newRow("no value") << QVariant() << QStringLiteral("s") << QJsonValue(QString());
+    QTest::newRow("number") << QVariant(42) << QStringLiteral("i") << QJsonValue(42);
+    // libdbus would end the process.
+    QTest::newRow("gap in a list") << QVariant(QVariantList{QVariant()}) << QStringLiteral("av")
+                                   << QJsonValue(QJsonArray{gap});
+    QTest::newRow("gap in a map") << QVariant(QVariantMap{{QStringLiteral("a"), QVariant()}})
+                                  << QStringLiteral("a{sv}")
+                                  << QJsonValue(QJsonObject{{QStringLiteral("a"), gap}});
+}
+
+void tst_DBusConnectorBase::sendsAReplyAsOneStructure()
+{
+    QFETCH(const QVariant, value);
+    QFETCH(const QString, signature);
+    QFETCH(const QJsonValue, sent);
+    qDBusRegisterMetaType<DBusReply>();
+    DBusReply reply;
+    reply.setValue(value);
+    const TestConnector connector;
+    connector.send(QStringLiteral("log"), QVariant::fromValue(reply));
+
+    const QVector<RecordedMessage> received = m_service.received();
+    QCOMPARE(received.size(), 1);
+    QCOMPARE(received.first().signature, QStringLiteral("(isv)"));
+    const QJsonArray structure = received.first().arguments.first().toArray();
+    QCOMPARE(structure.at(0), QJsonValue(0));
+    QCOMPARE(structure.at(1), QJsonValue(QString()));
+    QCOMPARE(structure.at(2).toObject(), (QJsonObject{{QStringLiteral("variant"), signature},
+                                                      {QStringLiteral("value"), sent}}));
+}
+
 void tst_DBusConnectorBase::doesNotSeeThatTheServiceRefusesAFireAndForgetCall()
 {
     QVERIFY(m_service.answerError(QStringLiteral("log"), QStringLiteral("org.example.Refused"),
@@ -338,8 +385,7 @@ void tst_DBusConnectorBase::warnsTwiceWhenABlockingCallFails()
 {
     QVERIFY(m_service.answerError(QStringLiteral("registerEventHash"),
                                   QStringLiteral("org.example.Refused"), QString()));
-    const QString text =
-        QStringLiteral("D-Bus call to method registerEventHash failed: !");
+    const QString text = QStringLiteral("D-Bus call to method registerEventHash failed: !");
     for (int i = 0; i < 2; ++i)
     {
         m_warnings.expect(quoted(text), QStringLiteral("DBusConnectorBase"),
@@ -535,11 +581,11 @@ void tst_DBusConnectorBase::refusesAForeignThreadWhileItsProxyIsReplaced()
     QVERIFY(m_bus.start() && m_service.reconnect());
     QVERIFY(waitWithoutEvents([&] { return observer.isDBusInterfaceValid(); }));
 
-    const QString message =
-        std::async(std::launch::async, [&] {
-            return connector.isDBusInterfaceValid() ? QString()
-                                                    : connector.getInvalidDBusInterfaceMessage();
-        }).get();
+    const QString message = std::async(std::launch::async, [&] {
+                                return connector.isDBusInterfaceValid()
+                                           ? QString()
+                                           : connector.getInvalidDBusInterfaceMessage();
+                            }).get();
     QCOMPARE(message, messageFor(QStringLiteral("a new connection to the bus waits for the thread "
                                                 "of this connector, on which to find ") +
                                  serviceName()));
@@ -586,8 +632,8 @@ void tst_DBusConnectorBase::endsInOtherThreadsWhileTheBusRestarts()
     {
         isRestarted = isRestarted && restartBus();
         const TestConnector connector;
-        isRestarted = isRestarted &&
-                      waitWithoutEvents([&] { return connector.isDBusInterfaceValid(); });
+        isRestarted =
+            isRestarted && waitWithoutEvents([&] { return connector.isDBusInterfaceValid(); });
     }
     isOver = true;
     for (std::thread& thread : threads)
@@ -595,6 +641,14 @@ void tst_DBusConnectorBase::endsInOtherThreadsWhileTheBusRestarts()
         thread.join();
     }
     QVERIFY(isRestarted);
+    // QtDBus itself warns when a service comes just while a connector begins to listen for it, which
+    // is all the time here. Nothing else may warn.
+    const QVector<LoggedMessage> messages = m_warnings.take();
+    for (const LoggedMessage& message : messages)
+    {
+        QVERIFY2(message.text.contains(QLatin1String("had owner '' but we thought it was")),
+                 message.text.toUtf8());
+    }
 }
 
 void tst_DBusConnectorBase::costsTheBusNothingMoreForAThousandConnectors()
@@ -679,6 +733,28 @@ void tst_DBusConnectorBase::worksWithoutApplicationAndBeforeMain()
     QCOMPARE(tell("fork"), QByteArray("1"));
     QCOMPARE(tell("valid"), QByteArray("1"));
     QVERIFY(module.readAllStandardError().isEmpty());
+}
+
+void tst_DBusConnectorBase::waitsBrieflyForABusThatStandsStillAtTheStart()
+{
+    QVERIFY2(m_bus.freeze(), m_bus.errorText());
+    ChildProcess module;
+    QElapsedTimer timer;
+    timer.start();
+    const bool isStarted = module.startAndWait(QStringLiteral(CONNECTOR_PROCESS), {});
+    module.write("valid\n");
+    const QByteArray answer = module.readOutputLine();
+    const qint64 elapsed = timer.elapsed();
+    m_bus.thaw();
+
+    QVERIFY(isStarted);
+    QCOMPARE(answer, QByteArray("0"));
+    // One second, and not the 25 that the bus itself would be waited for.
+    QVERIFY2(elapsed >= 1000 && elapsed < 8000, QByteArray::number(elapsed));
+    QVERIFY(waitUntil([&] {
+        module.write("valid\n");
+        return module.readOutputLine() == "1";
+    }));
 }
 
 void tst_DBusConnectorBase::endsWithTheProcess_data()

@@ -49,16 +49,17 @@ void tst_EventHandlerWrite::takesTheBusRoadFromTheBeginning()
     QJsonArray arguments = received[0].arguments;
     QVERIFY(!arguments[1].toString().isEmpty());
     arguments[1] = QStringLiteral("time");
-    QCOMPARE(arguments,
-             (QJsonArray{QJsonArray{QStringLiteral("2"), QStringLiteral("1"), QStringLiteral("Icon")},
-                         QStringLiteral("time"), QStringLiteral("PumpControl"),
-                         QStringLiteral(R"({"lang_de":"Öl fehlt","lang_en":"Oil is missing"})"),
-                         QJsonArray{QStringLiteral("Error"), QStringLiteral("Firmware")},
-                         QStringLiteral("anna"),
-                         QStringLiteral(R"({"EventId":"PumpControl/Oil","MetaData":)"
-                                        R"("{\"Arguments\":{}}","SourceHashType":3,)"
-                                        R"("SourceHashes":"00ff"})"),
-                         QStringLiteral("the alarm")}));
+    QCOMPARE(
+        arguments,
+        (QJsonArray{
+            QJsonArray{QStringLiteral("2"), QStringLiteral("1"), QStringLiteral("Icon")},
+            QStringLiteral("time"), QStringLiteral("PumpControl"),
+            json("{'lang_de':'Öl fehlt','lang_en':'Oil is missing'}"),
+            QJsonArray{QStringLiteral("Error"), QStringLiteral("Firmware")}, QStringLiteral("anna"),
+            json(
+                "{'EventId':'PumpControl/"
+                "Oil','MetaData':'{\\'Arguments\\':{}}','SourceHashType':3,'SourceHashes':'00ff'}"),
+            QStringLiteral("the alarm")}));
     QVERIFY(spool.entries().isEmpty());
 }
 

@@ -1,9 +1,9 @@
 #include "EventWrite/EventlistHandlerDBusConnectorWrite.h"
 
 #include "bus/CentralServiceTest.h"
+#include "bus/WorkedExample.h"
 
 #include <QDateTime>
-#include <QJsonDocument>
 #include <QRegularExpression>
 #include <QSignalSpy>
 
@@ -13,44 +13,6 @@
 using EventType = EventlistHandlerEnums::EventType;
 using State = EventlistHandlerEnums::State;
 using SourceHashType = EventlistHandlerEnums::SourceHashType;
-
-namespace
-{
-// An alarm that became active, as it stands on the wire, byte for byte.
-const QString workedTime = QStringLiteral("2026-03-14T09:26:53.589+01:00");
-const QString workedDescription =
-    QStringLiteral(R"({"lang_de":"Übertemperatur an Pumpe 3, Wert 97.5",)"
-                   R"("lang_en":"Overtemperature at pump 3, value 97.5"})");
-const QString workedMetaData =
-    QStringLiteral(R"({"Arguments":{"%1":{"type":"text","value":{"lang_de":"Pumpe 3",)"
-                   R"("lang_en":"pump 3"}},"%2":{"type":"string","value":"97.5"}},)"
-                   R"("DescriptionScheme":{"lang_de":"Übertemperatur an %1, Wert %2",)"
-                   R"("lang_en":"Overtemperature at %1, value %2"}})");
-const QString workedAdditionalData = QStringLiteral(
-    R"({"EventId":"PumpControl/OverTemperature","MetaData":"{\"Arguments\":{\"%1\":{\"type\":)"
-    R"(\"text\",\"value\":{\"lang_de\":\"Pumpe 3\",\"lang_en\":\"pump 3\"}},\"%2\":{\"type\":)"
-    R"(\"string\",\"value\":\"97.5\"}},\"DescriptionScheme\":{\"lang_de\":\"Übertemperatur an %1,)"
-    R"( Wert %2\",\"lang_en\":\"Overtemperature at %1, value %2\"}}","SourceHashType":0,)"
-    R"("SourceHashes":""})");
-const QString workedAlarmId = QStringLiteral("{6f1c2a8e-3b0d-4e57-9a41-0d2c7be41f05}");
-
-const QString logEvent = QStringLiteral("logEvent");
-const QString signatureOfLogEvent = QStringLiteral("assssassss");
-
-QJsonObject workedMetaDataObject()
-{
-    return QJsonDocument::fromJson(workedMetaData.toUtf8()).object();
-}
-
-// A connector of which only the time and the contents that a test looks at are interesting.
-void logPlainEvent(EventlistHandlerDBusConnectorWrite& connector, const QString& user = QString(),
-                   const QVariant& description = QStringLiteral("{}"))
-{
-    connector.logEvent(EventType::otherEvents, State::neutral, QString(),
-                       QStringLiteral("PumpControl"), description, QStringList(), user, QString(),
-                       QJsonObject(), QString(), QString(), SourceHashType::noSourceHash);
-}
-} // namespace
 
 class tst_EventlistHandlerDBusConnectorWrite : public CentralServiceTest
 {
@@ -79,16 +41,31 @@ private Q_SLOTS:
     void hasNoSignalsAndNoSlotsOfItsOwn();
 };
 
+namespace
+{
+const QString logEvent = QStringLiteral("logEvent");
+const QString signatureOfLogEvent = QStringLiteral("assssassss");
+
+// A connector of which only the time and the contents that a test looks at are interesting.
+void logPlainEvent(EventlistHandlerDBusConnectorWrite& connector, const QString& user = QString(),
+                   const QVariant& description = QStringLiteral("{}"))
+{
+    connector.logEvent(EventType::otherEvents, State::neutral, QString(),
+                       QStringLiteral("PumpControl"), description, QStringList(), user, QString(),
+                       QJsonObject(), QString(), QString(), SourceHashType::noSourceHash);
+}
+} // namespace
+
 void tst_EventlistHandlerDBusConnectorWrite::sendsTheWorkedExampleByteForByte()
 {
     const auto connector = EventlistHandlerDBusConnectorWrite::createAndConnect(false);
 
-    connector->logEvent(QStringList{QStringLiteral("0"), QStringLiteral("1"),
-                                    QStringLiteral("EventlistAlarmOn")},
-                        workedTime, QStringLiteral("PumpControl"), workedDescription,
-                        QStringList{QStringLiteral("Error"), QStringLiteral("Firmware")}, QString(),
-                        QStringLiteral("PumpControl/OverTemperature"), workedMetaDataObject(),
-                        workedAlarmId, QString(), SourceHashType::noSourceHash);
+    connector->logEvent(
+        QStringList{QStringLiteral("0"), QStringLiteral("1"), QStringLiteral("EventlistAlarmOn")},
+        WorkedExample::time(), QStringLiteral("PumpControl"), WorkedExample::description(),
+        QStringList{QStringLiteral("Error"), QStringLiteral("Firmware")}, QString(),
+        QStringLiteral("PumpControl/OverTemperature"), WorkedExample::metaDataObject(),
+        WorkedExample::alarmId(), QString(), SourceHashType::noSourceHash);
 
     const QVector<RecordedMessage> received = m_service.received();
     QCOMPARE(received.size(), 1);
@@ -101,17 +78,16 @@ void tst_EventlistHandlerDBusConnectorWrite::sendsTheWorkedExampleByteForByte()
     QCOMPARE(event.signature, signatureOfLogEvent);
     QVERIFY(!event.isReplyExpected);
     QCOMPARE(event.arguments.size(), 8);
-    QCOMPARE(event.arguments[0].toArray(),
-             (QJsonArray{QStringLiteral("0"), QStringLiteral("1"),
-                         QStringLiteral("EventlistAlarmOn")}));
-    QCOMPARE(event.arguments[1].toString(), workedTime);
+    QCOMPARE(event.arguments[0].toArray(), (QJsonArray{QStringLiteral("0"), QStringLiteral("1"),
+                                                       QStringLiteral("EventlistAlarmOn")}));
+    QCOMPARE(event.arguments[1].toString(), WorkedExample::time());
     QCOMPARE(event.arguments[2].toString(), QStringLiteral("PumpControl"));
-    QCOMPARE(event.arguments[3].toString(), workedDescription);
+    QCOMPARE(event.arguments[3].toString(), WorkedExample::description());
     QCOMPARE(event.arguments[4].toArray(),
              (QJsonArray{QStringLiteral("Error"), QStringLiteral("Firmware")}));
     QCOMPARE(event.arguments[5], QJsonValue(QString()));
-    QCOMPARE(event.arguments[6].toString(), workedAdditionalData);
-    QCOMPARE(event.arguments[7].toString(), workedAlarmId);
+    QCOMPARE(event.arguments[6].toString(), WorkedExample::additionalData());
+    QCOMPARE(event.arguments[7].toString(), WorkedExample::alarmId());
 }
 
 void tst_EventlistHandlerDBusConnectorWrite::sendsTypeAndStateAsDecimalText_data()
@@ -143,19 +119,19 @@ void tst_EventlistHandlerDBusConnectorWrite::sendsTypeAndStateAsDecimalText()
     EventlistHandlerDBusConnectorWrite connector(false);
 
     connector.logEvent(EventType(type), State(state), icon, QStringLiteral("PumpControl"),
-                       workedDescription, QStringList(), QStringLiteral("anna"),
-                       QStringLiteral("PumpControl/Started"), QJsonObject(), workedAlarmId,
-                       QString(), SourceHashType::noSourceHash);
+                       WorkedExample::description(), QStringList(), QStringLiteral("anna"),
+                       QStringLiteral("PumpControl/Started"), QJsonObject(),
+                       WorkedExample::alarmId(), QString(), SourceHashType::noSourceHash);
 
     const QVector<RecordedMessage> received = m_service.received();
     QCOMPARE(received.size(), 1);
     QCOMPARE(received[0].signature, signatureOfLogEvent);
     QCOMPARE(received[0].arguments[0].toArray(), QJsonArray::fromStringList(attributes));
     QCOMPARE(received[0].arguments[2].toString(), QStringLiteral("PumpControl"));
-    QCOMPARE(received[0].arguments[3].toString(), workedDescription);
+    QCOMPARE(received[0].arguments[3].toString(), WorkedExample::description());
     QCOMPARE(received[0].arguments[4].toArray(), QJsonArray());
     QCOMPARE(received[0].arguments[5].toString(), QStringLiteral("anna"));
-    QCOMPARE(received[0].arguments[7].toString(), workedAlarmId);
+    QCOMPARE(received[0].arguments[7].toString(), WorkedExample::alarmId());
 }
 
 void tst_EventlistHandlerDBusConnectorWrite::stampsTheTimeOfTheCall()
@@ -178,29 +154,29 @@ void tst_EventlistHandlerDBusConnectorWrite::sendsAnEmptyMetadataObjectAsAString
 {
     EventlistHandlerDBusConnectorWrite connector(false);
 
-    connector.logEvent(QStringList{QStringLiteral("3"), QStringLiteral("0"), QString()}, workedTime,
-                       QStringLiteral("PumpControl"), QStringLiteral("{}"), QStringList(),
-                       QString(), QStringLiteral("PumpControl/OverTemperature"), QJsonObject(),
-                       QString(), QString(), SourceHashType::noSourceHash);
+    connector.logEvent(QStringList{QStringLiteral("3"), QStringLiteral("0"), QString()},
+                       WorkedExample::time(), QStringLiteral("PumpControl"), QStringLiteral("{}"),
+                       QStringList(), QString(), QStringLiteral("PumpControl/OverTemperature"),
+                       QJsonObject(), QString(), QString(), SourceHashType::noSourceHash);
 
     QCOMPARE(m_service.received().value(0).arguments[6].toString(),
-             QStringLiteral(R"({"EventId":"PumpControl/OverTemperature","MetaData":"{}",)"
-                            R"("SourceHashType":0,"SourceHashes":""})"));
+             json("{'EventId':'PumpControl/"
+                  "OverTemperature','MetaData':'{}','SourceHashType':0,'SourceHashes':''}"));
 }
 
 void tst_EventlistHandlerDBusConnectorWrite::sendsSourceHashesInTheAdditionalDataOnly()
 {
     EventlistHandlerDBusConnectorWrite connector(false);
 
-    connector.logEvent(QStringList{QStringLiteral("3"), QStringLiteral("0"), QString()}, workedTime,
-                       QString(), QStringLiteral("{}"), QStringList(), QString(), QString(),
-                       QJsonObject(), QString(), QStringLiteral("0123abcd"), SourceHashType(7));
+    connector.logEvent(QStringList{QStringLiteral("3"), QStringLiteral("0"), QString()},
+                       WorkedExample::time(), QString(), QStringLiteral("{}"), QStringList(),
+                       QString(), QString(), QJsonObject(), QString(), QStringLiteral("0123abcd"),
+                       SourceHashType(7));
 
     const QJsonArray arguments = m_service.received().value(0).arguments;
     QCOMPARE(arguments.size(), 8);
     QCOMPARE(arguments[6].toString(),
-             QStringLiteral(R"({"EventId":"","MetaData":"{}","SourceHashType":7,)"
-                            R"("SourceHashes":"0123abcd"})"));
+             json("{'EventId':'','MetaData':'{}','SourceHashType':7,'SourceHashes':'0123abcd'}"));
 }
 
 void tst_EventlistHandlerDBusConnectorWrite::signatureFollowsTheTypeOfTheDescription_data()

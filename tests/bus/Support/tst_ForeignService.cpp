@@ -65,6 +65,7 @@ private Q_SLOTS:
     void takesAndGivesBackANameWhileItRuns();
     void doesNotStartWhenItsNameIsTaken();
     void startsAnewWithoutRecordsAndRules();
+    void isAsGoodAsNewAfterAReset();
     void standsStillAndGoesOn();
     void keepsItsRecordsOverARestartOfTheBus();
     void saysThatItDoesNotAnswer();
@@ -92,7 +93,8 @@ void tst_ForeignService::initTestCase()
 void tst_ForeignService::init()
 {
     m_warnings.start();
-    QVERIFY2(m_service.restart(), m_service.errorText());
+    const bool isUsable = m_service.isRunning() && m_bus.hasOwner(serviceName);
+    QVERIFY2(isUsable ? m_service.reset() : m_service.restart(), m_service.errorText());
 }
 
 void tst_ForeignService::cleanup()
@@ -239,7 +241,7 @@ void tst_ForeignService::recordsASignalForItself()
 
 void tst_ForeignService::keepsTheOrder()
 {
-    constexpr int count = 2000;
+    constexpr int count = 5000;
     for (int i = 0; i < count; ++i)
     {
         sender().send(call("take", {i}));
@@ -475,6 +477,23 @@ void tst_ForeignService::startsAnewWithoutRecordsAndRules()
     QVERIFY(m_bus.hasOwner(serviceName));
     QVERIFY(m_service.received(sender()).isEmpty());
     QVERIFY(askFor("get").arguments().isEmpty());
+}
+
+void tst_ForeignService::isAsGoodAsNewAfterAReset()
+{
+    QVERIFY(m_service.answer(QStringLiteral("get"), QStringLiteral("s"), {QStringLiteral("old")}));
+    QVERIFY(m_service.hold(QStringLiteral("wait")));
+    QDBusPendingCall pending = sender().asyncCall(call("wait"));
+    askFor("get");
+    QCOMPARE(m_service.received(sender()).size(), 2);
+
+    QVERIFY2(m_service.reset(), m_service.errorText());
+
+    QVERIFY(m_service.received(sender()).isEmpty());
+    QCOMPARE(m_service.release(), 0);
+    QVERIFY(!pending.isFinished());
+    QVERIFY(askFor("get").arguments().isEmpty());
+    QCOMPARE(m_service.received(sender()).size(), 1);
 }
 
 void tst_ForeignService::standsStillAndGoesOn()

@@ -88,6 +88,7 @@ void tst_VerifyWarnings::showsWhatCameTooLateForAnyTest()
 
     QVERIFY2(output.contains("Nobody has looked at: warning A warning that nobody looks at"),
              output.constData());
+    QCOMPARE(output.count("A warning in the destructor"), 1);
     QCOMPARE(output.count("A warning after the end"), 1);
 }
 

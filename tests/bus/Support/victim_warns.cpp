@@ -7,6 +7,13 @@
 class victim_warns : public QObject
 {
     Q_OBJECT
+public:
+    ~victim_warns() override
+    {
+        m_warnings.stop();
+        qWarning("A warning in the destructor");
+    }
+
 private Q_SLOTS:
     void init() { m_warnings.start(); }
     void cleanup() { VERIFY_WARNINGS(m_warnings); }

@@ -248,7 +248,10 @@ def trace(run, *injections):
     """Runs the writer with system calls that fail; gives the names of the calls it made."""
     log = run.notes_path + ".trace"
     options = [part for injection in injections for part in ("-e", "inject=" + injection)]
-    run.run(["strace", "-f", "-qq", "-o", log, "-e", "trace=" + CALLS, *options])
+    # The search for leaks cannot work in a process that is traced.
+    environment = dict(os.environ)
+    environment["ASAN_OPTIONS"] = environment.get("ASAN_OPTIONS", "") + ":detect_leaks=0"
+    run.run(["strace", "-f", "-qq", "-o", log, "-e", "trace=" + CALLS, *options], env=environment)
     with open(log, encoding="utf-8", errors="replace") as file:
         lines = [line for line in file if re.match(r"\d+ +\w+\(", line)]
     os.unlink(log)
@@ -285,6 +288,7 @@ def inject_everywhere(writer, scratch, roads, first_needed):
     base.close()
     check(set(first_needed) <= set(numbers), "calls that were never made:", numbers)
     fixed = {road.split(":")[0] for road in roads}
+    unnoticed = {}
     runs = failures = 0
     for call, whens in numbers.items():
         for when in whens if call not in fixed else []:
@@ -298,9 +302,13 @@ def inject_everywhere(writer, scratch, roads, first_needed):
                     raise CheckFailed(call, when, error, run.all_notes(), failure) from None
                 runs += 1
                 failures += run.count(FAILED)
+                if run.count(FAILED) != 1:
+                    unnoticed.setdefault(call, []).append(when)
                 run.close()
     print("runs with one failing call:", runs, "- writes reported as failed:", failures)
-    check(failures > runs // 2, "too few faults were noticed", runs, failures)
+    # Only the folder was read: closing it can lose nothing. The file is closed just as often.
+    check(set(unnoticed) <= {"close"}, "faults that nobody was told of:", unnoticed)
+    check(len(unnoticed["close"]) == len(numbers["close"]), "closing the file:", unnoticed)
 
 
 def case_failing_calls(writer, scratch):

@@ -37,11 +37,8 @@ def check_event(path):
     expect("the module", event["ModuleName"], MODULE)
     expect("the event's type", event["EventType"], 2)
     expect("the event's state", event["State"], 1)
-    keywords = event["Keywords"]
-    keywords = json.loads(keywords) if isinstance(keywords, str) else keywords
-    expect("the keywords", keywords, ["Maintenance", "Firmware"])
-    description = event["Description"]
-    description = json.loads(description) if isinstance(description, str) else description
+    expect("the keywords", event["KeywordName"], "Maintenance;Firmware")
+    description = json.loads(event["Description"])
     expect("the languages", sorted(description), ["lang_de", "lang_en", "lang_fr"])
     if not all(description.values()):
         sys.exit(f"a text is empty: {description}")
@@ -72,6 +69,7 @@ def main():
             output = must(build / "pump", name, timeout=60)
             if not spooled.is_file():
                 sys.exit(f"no {spooled.name} in {spool}; the module said:\n{output}")
+            expect("what the module says", output, "")
             check_event(spooled)
         finally:
             spooled.unlink(missing_ok=True)

@@ -84,22 +84,30 @@ WarningRecorder::WarningRecorder() : m_before(beginAnew()) {}
 
 WarningRecorder::~WarningRecorder()
 {
+    stop();
+    showUnseen();
+}
+
+void WarningRecorder::stop()
+{
     Handler& shared = handler();
     const std::lock_guard<std::mutex> lock(shared.mutex);
-    showUnseen();
     auto& recorders = shared.recorders;
     recorders.erase(std::remove(recorders.begin(), recorders.end(), this), recorders.end());
     if (!recorders.empty())
     {
         return;
     }
-    // Not to the handler that was there last: that of QtTest is of no use once QtTest has ended.
-    const QtMessageHandler current = qInstallMessageHandler(m_before);
+    // The handler of QtTest must not come back when QtTest has ended.
+    const bool isTesting = QTest::currentTestFunction() != nullptr;
+    const QtMessageHandler current = qInstallMessageHandler(isTesting ? shared.previous : m_before);
     if (current != &WarningRecorder::handle)
     {
         // Somebody else has taken the log meanwhile.
         qInstallMessageHandler(current);
     }
+    // QtTest puts back, at its end, what it found at its beginning: perhaps our handler.
+    shared.previous = m_before;
 }
 
 void WarningRecorder::start()
@@ -128,6 +136,7 @@ QtMessageHandler WarningRecorder::beginAnew()
 
 void WarningRecorder::showUnseen() const
 {
+    // Nobody adds messages meanwhile: this recorder is not watching, or the mutex is held.
     for (int i = m_seenCount; i < m_messages.size(); ++i)
     {
         std::fprintf(stderr, "Nobody has looked at: %s\n", describe(m_messages.at(i)).constData());

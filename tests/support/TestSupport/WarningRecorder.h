@@ -53,6 +53,9 @@ public:
     /// place when it begins, so a recorder that is a field of the test class needs this in init().
     void start();
 
+    /// Hands the log back to whoever had it before. What was recorded stays.
+    void stop();
+
     /// Expects one more warning, after all that were expected before.
     /// \param text       the whole text as it is logged, quotes and blanks included
     /// \param file       name of the source file without folder and ending; empty for any

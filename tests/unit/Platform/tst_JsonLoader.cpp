@@ -184,7 +184,8 @@ void tst_JsonLoader::agreesWithQtOnDamagedTexts()
 {
     const QByteArray good("{\"a\":[1,-2.5e3,{\"b\":\"\\u00fc\\\"\",\"c\":null}],\"d\":{\"e\":true},"
                           "\"f\":\"\xc3\xbc\"}");
-    const QByteArray characters("{}[]\",:\\ue0123456789.-+ \n\t\0abctrfalsn\xc3\xbc\x80", 42);
+    const QByteArray characters =
+        QByteArray("{}[]\",:\\ue0123456789.-+ \n\tabctrfalsn\xc3\xbc\x80") + '\0';
     QRandomGenerator random(20260314);
     int loaded = 0;
 

@@ -244,7 +244,7 @@ void tst_WarningRecorder::recordsWhereAMessageCameFrom()
     const WarningRecorder recorder;
     const QLoggingCategory category("pump.test");
 
-    qCWarning(category) << "Text";
+    qCWarning(category, "Text");
     const int line = __LINE__ - 1;
 
     QCOMPARE(recorder.messages().size(), 1);

@@ -12,7 +12,7 @@ int main(int argc, char* argv[])
     const QCoreApplication application(argc, argv);
     const TextManager texts(QStringLiteral(PUMP_TEXT_FOLDER));
     EventHandlerBaseClass pump(QStringLiteral("pump"), texts,
-                               QStringLiteral("EventlistHandler/SystemWatchdog"),
+                               QStringLiteral("EventlistHandler/CentralDetectorActive"),
                                {QStringLiteral("Maintenance")});
     pump.setEventToFile(application.arguments().value(1));
     pump.logEvent(EventlistHandlerEnums::EventType::fault, EventlistHandlerEnums::active, {},

@@ -1,0 +1,98 @@
+// A service that takes events and writes down when each arrived, at once, so that nothing of it is
+// lost when it is killed. It is made of libdbus alone.
+//
+//   journal_service <bus name> <journal>
+//
+// Lines of the journal: "<time> ready" when it owns its name, "<time> <user of the event>" for each
+// event; times in nanoseconds of the monotonic clock.
+
+#include <dbus/dbus.h>
+
+#include <cinttypes>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace
+{
+int journal = -1;
+
+void writeLine(const char* text)
+{
+    timespec now{};
+    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    char line[128];
+    const int length = std::snprintf(line, sizeof line, "%" PRId64 " %.64s\n",
+                                     std::int64_t(now.tv_sec) * 1000000000 + now.tv_nsec, text);
+    if (::write(journal, line, std::size_t(length)) != length)
+    {
+        std::perror("journal");
+        std::exit(1);
+    }
+}
+
+DBusHandlerResult take(DBusConnection*, DBusMessage* message, void*)
+{
+    if (!dbus_message_is_method_call(message, "Interface.EventlistWrite", "logEvent"))
+    {
+        return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
+    }
+    if (std::strcmp(dbus_message_get_signature(message), "assssassss") != 0 ||
+        dbus_message_get_no_reply(message) == FALSE)
+    {
+        writeLine("malformed");
+        return DBUS_HANDLER_RESULT_HANDLED;
+    }
+    DBusMessageIter argument;
+    dbus_message_iter_init(message, &argument);
+    constexpr int placeOfUser = 5;
+    for (int i = 0; i < placeOfUser; ++i)
+    {
+        dbus_message_iter_next(&argument);
+    }
+    const char* user = nullptr;
+    dbus_message_iter_get_basic(&argument, &user);
+    writeLine(user);
+    return DBUS_HANDLER_RESULT_HANDLED;
+}
+
+int fail(const char* what, const DBusError& error)
+{
+    std::fprintf(stderr, "journal_service: %s: %s\n", what, error.message);
+    return 1;
+}
+} // namespace
+
+int main(int argumentCount, char** arguments)
+{
+    if (argumentCount != 3)
+    {
+        std::fprintf(stderr, "usage: journal_service <bus name> <journal>\n");
+        return 2;
+    }
+    journal = ::open(arguments[2], O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
+    DBusError error = DBUS_ERROR_INIT;
+    DBusConnection* const connection = dbus_bus_get_private(DBUS_BUS_SYSTEM, &error);
+    if (connection == nullptr)
+    {
+        return fail("no bus", error);
+    }
+    // The end of the bus is the end of this service.
+    dbus_connection_set_exit_on_disconnect(connection, TRUE);
+    dbus_connection_add_filter(connection, take, nullptr, nullptr);
+    if (dbus_bus_request_name(connection, arguments[1], DBUS_NAME_FLAG_DO_NOT_QUEUE, &error) !=
+        DBUS_REQUEST_NAME_REPLY_PRIMARY_OWNER)
+    {
+        return fail("the name is taken", error);
+    }
+    writeLine("ready");
+    std::puts("ready");
+    std::fflush(stdout);
+    while (dbus_connection_read_write_dispatch(connection, -1) != FALSE)
+    {
+    }
+    return 0;
+}

@@ -1,0 +1,162 @@
+// A module that logs events and has no event loop.
+//
+//   steady_module [--application] [--count <n>]
+//
+// Without --count it logs one event each millisecond until its standard input ends. The user of each
+// event is its number. In the end it prints
+//
+//   sent <n>
+//   refused <number> ...      the events that were warned about, in order
+//   slowest <microseconds>    the longest that one event took
+//
+// --application makes a QCoreApplication, whose loop never runs; without it there is none.
+
+#include "EventHandlers/AuditTrailHandler.h"
+#include "TestSupport/FakeTextManager.h"
+
+#include "Platform/DBusConnection.h"
+#include "Platform/PropertyManagerConst.h"
+
+#include <QCoreApplication>
+#include <QDBusMessage>
+#include <QElapsedTimer>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include <poll.h>
+#include <sys/timerfd.h>
+#include <unistd.h>
+
+namespace
+{
+// The warnings about the event that is just logged.
+int warningCount = 0;
+
+void takeWarning(QtMsgType, const QMessageLogContext&, const QString& text)
+{
+    ++warningCount;
+    if (!text.contains(QLatin1String("Interface.EventlistWrite")))
+    {
+        std::fprintf(stderr, "unexpected: %s\n", text.toUtf8().constData());
+    }
+}
+
+class Module
+{
+public:
+    Module()
+        : m_texts({{QStringLiteral("Steady/Beat"),
+                    {{QStringLiteral("lang_de"), QStringLiteral("Schlag %1")},
+                     {QStringLiteral("lang_en"), QStringLiteral("Beat %1")}}}}),
+          m_producer(QStringLiteral("Steady"), m_texts, QStringLiteral("Steady/Beat"),
+                     QStringList())
+    {
+    }
+
+    void logNext()
+    {
+        QElapsedTimer timer;
+        timer.start();
+        warningCount = 0;
+        const QString number = QString::number(m_sent);
+        m_producer.logAuditTrail(number, {{QStringLiteral("%1"), number}});
+        m_slowestNs = std::max(m_slowestNs, timer.nsecsElapsed());
+        if (warningCount == 2)
+        {
+            m_refused.push_back(m_sent);
+        }
+        else if (warningCount != 0)
+        {
+            std::fprintf(stderr, "unexpected: %d warnings\n", warningCount);
+        }
+        ++m_sent;
+    }
+
+    void report() const
+    {
+        std::printf("sent %d\nrefused", m_sent);
+        for (const int number : m_refused)
+        {
+            std::printf(" %d", number);
+        }
+        std::printf("\nslowest %lld\n", static_cast<long long>(m_slowestNs / 1000));
+    }
+
+private:
+    FakeTextManager m_texts;
+    AuditTrailHandler m_producer;
+    int m_sent = 0;
+    std::vector<int> m_refused;
+    qint64 m_slowestNs = 0;
+};
+
+// One event for each millisecond that has passed, until the standard input ends.
+void logSteadily(Module& module)
+{
+    const int timer = ::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC);
+    const itimerspec everyMillisecond{{0, 1000000}, {0, 1000000}};
+    ::timerfd_settime(timer, 0, &everyMillisecond, nullptr);
+    pollfd descriptors[] = {{timer, POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}};
+    while (::poll(descriptors, 2, -1) > 0 && descriptors[1].revents == 0)
+    {
+        std::uint64_t ticks = 0;
+        if (::read(timer, &ticks, sizeof ticks) != sizeof ticks)
+        {
+            break;
+        }
+        for (; ticks > 0; --ticks)
+        {
+            module.logNext();
+        }
+    }
+    ::close(timer);
+}
+
+// The service answers this when it has taken everything that was sent before.
+bool waitForService()
+{
+    const QDBusMessage ping = QDBusMessage::createMethodCall(
+        PropertyManagerConst::getDBusPrefix() + QStringLiteral(".EventlistHandler"),
+        QStringLiteral("/"), QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"));
+    return DBusConnection::getQDBusConnection().call(ping, QDBus::Block, 60000).type() ==
+           QDBusMessage::ReplyMessage;
+}
+} // namespace
+
+int main(int argumentCount, char** arguments)
+{
+    int count = -1;
+    std::unique_ptr<QCoreApplication> application;
+    for (int i = 1; i < argumentCount; ++i)
+    {
+        if (std::strcmp(arguments[i], "--count") == 0 && i + 1 < argumentCount)
+        {
+            count = std::atoi(arguments[++i]);
+        }
+        else if (std::strcmp(arguments[i], "--application") == 0)
+        {
+            application = std::make_unique<QCoreApplication>(argumentCount, arguments);
+        }
+    }
+    qInstallMessageHandler(takeWarning);
+    Module module;
+    if (count < 0)
+    {
+        logSteadily(module);
+    }
+    for (int i = 0; i < count; ++i)
+    {
+        module.logNext();
+    }
+    if (!waitForService())
+    {
+        std::fprintf(stderr, "unexpected: the service does not answer\n");
+    }
+    module.report();
+    return 0;
+}

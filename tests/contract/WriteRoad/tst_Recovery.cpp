@@ -1,0 +1,156 @@
+#include "TestSupport/PrivateBus.h"
+#include "TestSupport/Waiting.h"
+#include "contract/WriteRoad/JournalService.h"
+
+#include <QDebug>
+#include <QSet>
+
+#include <algorithm>
+#include <memory>
+#include <numeric>
+
+/// A module that runs no event loop logs one event each millisecond, while the service or the bus is
+/// killed and comes back. Every event is received or warned about, except for the few that were on
+/// their way in that moment.
+class tst_Recovery : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void everyEventIsReceivedOrWarnedAbout_data();
+    void everyEventIsReceivedOrWarnedAbout();
+
+private:
+    // Waits until so many more events have arrived. The last has just done so: nothing is on its
+    // way then, unless the machine is too busy.
+    bool waitForEvents(const JournalService& service, int count) const
+    {
+        const int before = service.entries().size();
+        return waitUntil([&] { return service.entries().size() >= before + count; });
+    }
+
+    PrivateBus m_bus;
+};
+
+namespace
+{
+constexpr int killCount = 5;
+constexpr int unseenPerKill = 3;
+constexpr qint64 longestRecoveryMs = 500;
+
+struct Report
+{
+    int sent = -1;
+    QSet<int> refused;
+};
+
+Report reportOf(ChildProcess& module)
+{
+    Report report;
+    module.closeWriteChannel();
+    const QByteArray sent = module.readOutputLine();
+    if (sent.startsWith("sent "))
+    {
+        report.sent = sent.mid(5).toInt();
+    }
+    const QList<QByteArray> refused = module.readOutputLine().split(' ').mid(1);
+    for (const QByteArray& number : refused)
+    {
+        report.refused.insert(number.toInt());
+    }
+    return report;
+}
+} // namespace
+
+void tst_Recovery::everyEventIsReceivedOrWarnedAbout_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<bool>("isBusKilled");
+    const QStringList application{QStringLiteral("--application")};
+    QTest::newRow("service killed, no application") << QStringList() << false;
+    QTest::newRow("service killed, application without loop") << application << false;
+    QTest::newRow("bus killed, no application") << QStringList() << true;
+    QTest::newRow("bus killed, application without loop") << application << true;
+}
+
+void tst_Recovery::everyEventIsReceivedOrWarnedAbout()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(bool, isBusKilled);
+    QVERIFY2(m_bus.start(), m_bus.errorText());
+    JournalService service;
+    QVERIFY(service.start());
+    ChildProcess module;
+    module.setProcessChannelMode(QProcess::SeparateChannels);
+    QVERIFY(module.startAndWait(QStringLiteral(STEADY_MODULE), arguments));
+
+    for (int kill = 0; kill < killCount; ++kill)
+    {
+        QVERIFY(waitForEvents(service, 100));
+        if (isBusKilled)
+        {
+            m_bus.kill();
+            QVERIFY(service.waitForEnd());
+            QVERIFY2(m_bus.start(), m_bus.errorText());
+        }
+        else
+        {
+            service.kill();
+        }
+        QVERIFY(service.start());
+    }
+    QVERIFY(waitForEvents(service, 100));
+    const Report report = reportOf(module);
+    QVERIFY(module.waitForFinished());
+    QCOMPARE(module.readAllStandardError(), QByteArray());
+
+    const QVector<JournalService::Entry> entries = service.entries();
+    QSet<int> received;
+    QVector<int> firstEvents;
+    qint64 slowestRecoveryNs = 0;
+    int last = -1;
+    for (int i = 0; i < entries.size(); ++i)
+    {
+        if (entries[i].event >= 0)
+        {
+            QVERIFY2(entries[i].event > last, "twice or out of order");
+            last = entries[i].event;
+            received.insert(last);
+        }
+        else if (i > 0)
+        {
+            QVERIFY(i + 1 < entries.size());
+            firstEvents << entries[i + 1].event;
+            slowestRecoveryNs =
+                std::max(slowestRecoveryNs, entries[i + 1].timeNs - entries[i].timeNs);
+        }
+    }
+    QCOMPARE(firstEvents.size(), killCount);
+    QVERIFY(report.sent > killCount * 100);
+    QVERIFY(!received.intersects(report.refused));
+    QVERIFY2(!report.refused.isEmpty(), "no event fell into the gaps");
+
+    // The unseen ones of each kill lie between the first events after two starts.
+    QVector<int> unseen(killCount + 1, 0);
+    for (int event = 0; event < report.sent; ++event)
+    {
+        if (!received.contains(event) && !report.refused.contains(event))
+        {
+            ++unseen[int(std::upper_bound(firstEvents.cbegin(), firstEvents.cend(), event) -
+                         firstEvents.cbegin())];
+        }
+    }
+    qInfo() << "sent" << report.sent << "received" << received.size() << "warned about"
+            << report.refused.size() << "unseen after each kill" << unseen
+            << "slowest recovery in ms" << double(slowestRecoveryNs) / 1e6;
+    QCOMPARE(unseen.last(), 0);
+    QCOMPARE(std::accumulate(unseen.cbegin(), unseen.cend(), 0),
+             report.sent - received.size() - report.refused.size());
+    // A machine that is too busy holds the bus or the module up for longer than it takes to log three
+    // events; that is seen in one kill or the other, and a fault of the road in each.
+    std::sort(unseen.begin(), unseen.end());
+    QVERIFY(unseen[killCount / 2 + 1] <= unseenPerKill);
+    QVERIFY(slowestRecoveryNs <= longestRecoveryMs * 1000000);
+}
+
+QTEST_GUILESS_MAIN(tst_Recovery)
+#include "tst_Recovery.moc"
