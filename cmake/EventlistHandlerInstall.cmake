@@ -37,6 +37,10 @@ if(EVENTLISTHANDLER_TEXT_FOLDER)
         FILES_MATCHING PATTERN "*.qm")
 endif()
 
+# Where D-Bus tools look for interfaces.
+install(FILES "${PROJECT_SOURCE_DIR}/src/EventProvider/interfaces/Interface.Events.xml"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/dbus-1/interfaces" COMPONENT development)
+
 # A program finds the libraries beside it, wherever the prefix is. CMAKE_SKIP_INSTALL_RPATH leaves that out for
 # packages whose libraries lie where the loader looks.
 function(eventlisthandler_install_program target component)

@@ -1,5 +1,5 @@
 // The other side of an alarm: a panel that hears how the alarm list changes, and which icon belongs
-// to a source of events. It prints what it hears, until its standard input ends.
+// to a source of events. It prints what it hears, until Enter or the end of its input.
 //     panel machine/memory
 
 #include "Alarmlist/AlarmlistHandlerDBusConnectorRead.h"
@@ -11,6 +11,8 @@
 #include <QCoreApplication>
 #include <QSocketNotifier>
 #include <QTextStream>
+
+#include <cstdio>
 
 namespace
 {

@@ -10,6 +10,8 @@
 #include <QSocketNotifier>
 #include <QTextStream>
 
+#include <cstdio>
+
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
@@ -27,7 +29,7 @@ int main(int argc, char** argv)
         },
         Qt::QueuedConnection);
 
-    // Runs until its standard input ends; a module of yours runs until it is ended.
+    // Runs until Enter or the end of its input; a module of yours runs until it is ended.
     QSocketNotifier input(fileno(stdin), QSocketNotifier::Read);
     QObject::connect(&input, &QSocketNotifier::activated, &application, &QCoreApplication::quit);
     return QCoreApplication::exec();

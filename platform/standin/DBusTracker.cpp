@@ -153,7 +153,7 @@ DBusTracker::DBusTracker() : m_receiver(new QObject)
 {
     const SignalShield shield;
     // Any name makes QtDBus create its static objects and its thread.
-    const QDBusConnection unused(QStringLiteral("EventlistHandlerPlatform"));
+    const QDBusConnection unconnected(QStringLiteral("EventlistHandlerPlatform"));
     pthread_atfork([] { instance().m_mutex.lock(); }, [] { instance().m_mutex.unlock(); },
                    leaveForkedChild);
     try

@@ -1,7 +1,5 @@
 #include "core/Database.h"
 
-#include "core/LogLimiter.h"
-
 #include <QDateTime>
 #include <QDebug>
 #include <QDir>
@@ -48,8 +46,8 @@ const char* const tables[] = {
     " state INTEGER, time_ms INTEGER,"
     " module TEXT, keywords TEXT, event_id TEXT, timestamp TEXT, offset_s INTEGER, icon TEXT,"
     " description TEXT, user TEXT, metadata TEXT, source_hash_type INTEGER, source_hashes TEXT)",
-    "CREATE TABLE spool_seen(number INTEGER PRIMARY KEY, device INTEGER, inode INTEGER,"
-    " mtime_ns INTEGER, sha256 BLOB, UNIQUE(device, inode, mtime_ns, sha256))",
+    ("CREATE TABLE spool_seen(number INTEGER PRIMARY KEY, device INTEGER, inode INTEGER,"
+     " mtime_ns INTEGER, sha256 BLOB, UNIQUE(device, inode, mtime_ns, sha256))"),
     "CREATE TABLE registered_hash(hash TEXT PRIMARY KEY, icon TEXT NOT NULL)",
     "CREATE TABLE source_icon(hashes TEXT PRIMARY KEY, icon TEXT NOT NULL, event INTEGER NOT NULL)",
     "CREATE INDEX source_icon_event ON source_icon(event)",
@@ -416,12 +414,13 @@ void Database::note(const QSqlError& error, const QString& what)
     const int code = error.nativeErrorCode().toInt() & 0xff;
     const bool isDamaged =
         code == sqliteCorrupt || code == sqliteNotADatabase || code == sqliteConstraint;
+    const bool isFirst = m_failure == Failure::none;
     if (m_failure != Failure::damaged)
     {
         m_failure = isDamaged ? Failure::damaged : Failure::passing;
     }
-    static LogLimiter limiter(5, 10000);
-    if (limiter.allows())
+    // What fails after it is the same trouble.
+    if (isFirst && m_limiter.allows())
     {
         qWarning() << "Database:" << error.text().trimmed() << "in" << shortened(what);
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/LogLimiter.h"
+
 #include <QHash>
 #include <QSqlDatabase>
 #include <QSqlError>
@@ -113,6 +115,7 @@ private:
     int m_lock = -1;
     bool m_needsCheck = false;
     Failure m_failure = Failure::none;
+    LogLimiter m_limiter{5, 10000};
     // The number from which a new file has to count when an old one was put aside.
     qint64 m_firstFreeId = 0;
 };

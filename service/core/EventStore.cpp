@@ -24,6 +24,11 @@ QString lastIdKey()
     return QStringLiteral("last_id");
 }
 
+QString firstIdKey()
+{
+    return QStringLiteral("first_id");
+}
+
 QString storedKeywords(const QStringList& keywords)
 {
     return keywords.isEmpty()
@@ -161,8 +166,11 @@ EventStore::EventStore(Database& database, qint64 maximumRows, qint64 maximumByt
 
 bool EventStore::load()
 {
-    QSqlQuery& query =
-        m_database.statement(QStringLiteral("SELECT count(*), coalesce(max(id), 0) FROM event"));
+    m_firstId = m_database.metaValue(firstIdKey()).toLongLong();
+    QSqlQuery& query = m_database.statement(
+        QStringLiteral("SELECT (SELECT count(*) FROM event WHERE id >= ?),"
+                       " coalesce(max(id), 0), coalesce(min(id), 0) FROM event"));
+    query.bindValue(0, m_firstId);
     if (!m_database.run(query) || !query.next())
     {
         return false;
@@ -170,6 +178,7 @@ bool EventStore::load()
     m_rowCount = query.value(0).toLongLong();
     m_lastId =
         std::max(query.value(1).toLongLong(), m_database.metaValue(lastIdKey()).toLongLong());
+    m_hasLeftovers = query.value(1).toLongLong() > 0 && query.value(2).toLongLong() < m_firstId;
     query.finish();
     return true;
 }
@@ -205,8 +214,8 @@ bool EventStore::prune()
     {
         return false;
     }
-    for (qint64 used = m_database.usedBytes(); used > m_maximumBytes && m_rowCount > 1;
-         used = m_database.usedBytes())
+    for (qint64 used = m_database.usedBytes();
+         used > m_maximumBytes && m_rowCount > 1 && !m_hasLeftovers; used = m_database.usedBytes())
     {
         // A hundredth more than needed: the next event shall not find the file full again.
         const double share = double(used - m_maximumBytes) / double(used) + 0.01;
@@ -221,15 +230,27 @@ bool EventStore::prune()
 
 bool EventStore::removeAll()
 {
-    for (const char* sql : {"DELETE FROM event", "DELETE FROM content"})
-    {
-        if (!m_database.run(QLatin1String(sql)))
-        {
-            return false;
-        }
-    }
+    m_hasLeftovers = m_hasLeftovers || m_rowCount > 0;
     m_rowCount = 0;
-    return saveCounters();
+    m_firstId = m_lastId + 1;
+    return m_database.setMetaValue(firstIdKey(), m_firstId) && saveCounters();
+}
+
+bool EventStore::purge(int rows)
+{
+    QSqlQuery& bound = m_database.statement(
+        QStringLiteral("SELECT id FROM event WHERE id < ? ORDER BY id LIMIT 1 OFFSET ?"));
+    bound.bindValue(0, m_firstId);
+    bound.bindValue(1, rows);
+    if (!m_database.run(bound))
+    {
+        return false;
+    }
+    const bool isMoreLeft = bound.next();
+    const qint64 end = isMoreLeft ? bound.value(0).toLongLong() : m_firstId;
+    bound.finish();
+    m_hasLeftovers = isMoreLeft;
+    return removeBetween(0, end - 1);
 }
 
 bool EventStore::saveCounters()
@@ -243,7 +264,9 @@ bool EventStore::read(const EventFilter& filter, const EventColumns& columns, Li
     {
         return true;
     }
-    const Selection selected = selection(filter, columns);
+    EventFilter visible = filter;
+    visible.firstId = std::max(filter.firstId, m_firstId);
+    const Selection selected = selection(visible, columns);
     // Not among the kept statements: the text depends on the lengths of the lists.
     QSqlQuery query = m_database.unkept(selected.sql);
     for (int i = 0; i < selected.values.size(); ++i)
@@ -286,26 +309,34 @@ bool EventStore::rememberSpoolFile(const SpoolKey& key, bool& isRepeated)
 
 bool EventStore::removeOldest(qint64 rows)
 {
-    // Numbers have no gaps but where a file was put aside, so that the bound is searched for.
-    QSqlQuery& bound =
-        m_database.statement(QStringLiteral("SELECT id FROM event ORDER BY id LIMIT 1 OFFSET ?"));
-    bound.bindValue(0, rows - 1);
+    // Numbers have gaps where a file was put aside, so that the bound is searched for.
+    QSqlQuery& bound = m_database.statement(
+        QStringLiteral("SELECT id FROM event WHERE id >= ? ORDER BY id LIMIT 1 OFFSET ?"));
+    bound.bindValue(0, m_firstId);
+    bound.bindValue(1, rows - 1);
     if (!m_database.run(bound) || !bound.next())
     {
         return false;
     }
     const qint64 last = bound.value(0).toLongLong();
     bound.finish();
-    for (const char* sql : {"DELETE FROM event WHERE id <= ?", "DELETE FROM content WHERE id <= ?"})
+    m_rowCount -= rows;
+    return removeBetween(m_firstId, last);
+}
+
+bool EventStore::removeBetween(qint64 firstId, qint64 lastId)
+{
+    for (const char* sql : {"DELETE FROM event WHERE id BETWEEN ? AND ?",
+                            "DELETE FROM content WHERE id BETWEEN ? AND ?"})
     {
         QSqlQuery& query = m_database.statement(QLatin1String(sql));
-        query.bindValue(0, last);
+        query.bindValue(0, firstId);
+        query.bindValue(1, lastId);
         if (!m_database.run(query))
         {
             return false;
         }
     }
-    m_rowCount -= rows;
     return true;
 }
 

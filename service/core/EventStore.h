@@ -31,8 +31,15 @@ public:
     /// Removes the oldest events until the bounds hold.
     bool prune();
 
-    /// Removes all events. Numbers go on counting.
+    /// Removes all events. Numbers go on counting. The rows of a large list are only hidden at once;
+    /// purge() takes them away piece by piece, because that reads them all.
     bool removeAll();
+
+    /// True while hidden rows are there.
+    bool hasLeftovers() const { return m_hasLeftovers; }
+
+    /// Takes away so many of the hidden rows.
+    bool purge(int rows);
 
     /// Makes the numbers given out durable. The last step of a transaction that appended.
     bool saveCounters();
@@ -50,6 +57,7 @@ public:
 
 private:
     bool removeOldest(qint64 rows);
+    bool removeBetween(qint64 firstId, qint64 lastId);
 
     Database& m_database;
     // Fixed at construction.
@@ -58,6 +66,8 @@ private:
     // As the open transaction will leave the file.
     qint64 m_lastId = 0;
     qint64 m_rowCount = 0;
+    qint64 m_firstId = 0; ///< what lies before was deleted
+    bool m_hasLeftovers = false;
 };
 
 } // namespace eventlistd

@@ -22,6 +22,8 @@ constexpr qint64 longestQueue = 64 * 1024 * 1024;
 constexpr int credentialsWaitMs = 100;
 constexpr int credentialsPollMs = 5;
 constexpr int retryMs = 1000;
+constexpr int purgeIntervalMs = 20;
+constexpr int rowsPerPurge = 2000;
 
 QString cleanKey()
 {
@@ -54,6 +56,9 @@ EventlistService::EventlistService(const Settings& settings, const TextManagerBa
     QObject::connect(&m_batchTimer, &QTimer::timeout, this, &EventlistService::onBatchTimer);
     m_secondTimer.setInterval(retryMs);
     QObject::connect(&m_secondTimer, &QTimer::timeout, this, &EventlistService::onSecond);
+    m_purgeTimer.setSingleShot(true);
+    m_purgeTimer.setInterval(purgeIntervalMs);
+    QObject::connect(&m_purgeTimer, &QTimer::timeout, this, &EventlistService::purgeSome);
     QObject::connect(&m_eventlistSignal, &CoalescedSignal::changed, this,
                      &EventlistService::eventlistChanged);
     QObject::connect(&m_alarmlistSignal, &CoalescedSignal::changed, this,
@@ -82,6 +87,7 @@ void EventlistService::stop()
     m_spool.setPaused(true);
     m_batchTimer.stop();
     m_secondTimer.stop();
+    m_purgeTimer.stop();
     if (flush())
     {
         m_database.setMetaValue(cleanKey(), 1);
@@ -638,8 +644,34 @@ void EventlistService::replaceDatabase()
     logOwn(m_ownEvents.databaseFault(false));
 }
 
+void EventlistService::purgeSome()
+{
+    if (m_isFailing || !m_events.hasLeftovers())
+    {
+        return;
+    }
+    m_database.clearFailure();
+    if (!m_database.begin())
+    {
+        onFailure();
+    }
+    else if (!m_events.purge(rowsPerPurge) || !m_database.commit())
+    {
+        m_database.rollback();
+        onFailure();
+    }
+    else if (m_events.hasLeftovers())
+    {
+        m_purgeTimer.start();
+    }
+}
+
 void EventlistService::announce()
 {
+    if (m_events.hasLeftovers() && !m_purgeTimer.isActive())
+    {
+        m_purgeTimer.start();
+    }
     if (std::exchange(m_hasChangedEvents, false))
     {
         m_eventlistSignal.touch();

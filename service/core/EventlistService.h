@@ -135,6 +135,7 @@ private:
     void scheduleBatch();
     void onBatchTimer();
     void onSecond();
+    void purgeSome();
     bool writeBatch(int count);
     bool writeOne(Work& work);
     bool writeEvent(Event& event);
@@ -178,6 +179,7 @@ private:
 
     // Trouble.
     QTimer m_secondTimer;
+    QTimer m_purgeTimer;
     bool m_isFailing = false;
     bool m_isSuppressed = false;
     qint64 m_lostEvents = 0;

@@ -28,7 +28,7 @@ constexpr char spoolEnding[] = ".event.json";
 constexpr qint64 maximumFileSize = 1024 * 1024;
 // Larger files wait until the others are read.
 constexpr qint64 plainFileSize = 64 * 1024;
-constexpr qint64 turnMs = 50;
+constexpr qint64 turnMs = 100;
 constexpr qint64 scanIntervalMs = 200;
 constexpr std::size_t candidatesKept = 50000;
 
@@ -42,28 +42,28 @@ QString reasonOf(int error)
     return QString::fromLocal8Bit(std::strerror(error));
 }
 
-// Reads at most one byte more than a spool file may have.
-bool readAll(int file, QByteArray& content)
+// Reads at most one byte more than a spool file may have, whatever the file claims to have.
+bool readAll(int file, qint64 claimedSize, QByteArray& content)
 {
-    content.resize(int(maximumFileSize) + 1);
+    content.resize(int(claimedSize) + 1);
     int length = 0;
-    while (length < content.size())
+    for (;;)
     {
         const ssize_t count =
             ::read(file, content.data() + length, size_t(content.size() - length));
-        if (count < 0 && errno == EINTR)
-        {
-            continue;
-        }
-        if (count < 0)
+        if (count < 0 && errno != EINTR)
         {
             return false;
         }
-        if (count == 0)
+        length += int(std::max<ssize_t>(count, 0));
+        if (count == 0 || length > maximumFileSize)
         {
             break;
         }
-        length += int(count);
+        if (length == content.size())
+        {
+            content.resize(int(maximumFileSize) + 1);
+        }
     }
     content.resize(length);
     return true;
@@ -396,7 +396,7 @@ bool SpoolReader::take(const Folders& folders, const QByteArray& name, Claimed& 
     {
         error = QStringLiteral("it is no plain file, or has further names");
     }
-    else if (status.st_size > maximumFileSize || !readAll(file, content) ||
+    else if (status.st_size > maximumFileSize || !readAll(file, status.st_size, content) ||
              content.size() > maximumFileSize)
     {
         error = QStringLiteral("it is too large or cannot be read");

@@ -80,6 +80,14 @@ bool CentralServiceTest::waitUntilValid(const DBusConnectorBase& connector)
     return waitUntil([&] { return connector.isDBusInterfaceValid(); });
 }
 
+bool CentralServiceTest::emitSignal(const QString& path, const QString& interface,
+                                    const QString& member, const QString& signature,
+                                    const QJsonArray& values, int times)
+{
+    return m_service.synchronise(DBusConnection::getQDBusConnection()) &&
+           m_service.emitSignal(path, interface, member, signature, values, times);
+}
+
 bool CentralServiceTest::takeWhatWasSent()
 {
     // The answer comes behind the signals, which then wait as events of this thread.

@@ -38,6 +38,11 @@ protected:
     /// Waits until a connector can place calls.
     static bool waitUntilValid(const DBusConnectorBase& connector);
 
+    /// Lets the service send a signal, after all subscriptions of this process have reached the bus.
+    bool emitSignal(const QString& path, const QString& interface, const QString& member,
+                    const QString& signature = QString(), const QJsonArray& values = QJsonArray(),
+                    int times = 1);
+
     /// Waits until everything that the service has sent so far has arrived in this process, and lets
     /// its events run.
     bool takeWhatWasSent();

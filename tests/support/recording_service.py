@@ -22,6 +22,8 @@ import dbus.lowlevel
 from gi.repository import GLib
 from dbus.mainloop.glib import DBusGMainLoop
 
+# Calls to this interface are answered and not recorded.
+OWN_INTERFACE = "org.eventlist.RecordingService"
 EXACT_IN_JSON = 2 ** 53
 BASIC_TYPES = {
     "b": dbus.Boolean, "y": dbus.Byte, "n": dbus.Int16, "q": dbus.UInt16, "i": dbus.Int32,
@@ -138,6 +140,9 @@ class RecordingService:
                                      and message.get_interface() != dbus.LOCAL_IFACE)
         if not is_ours and not self.is_monitor:
             return dbus.lowlevel.HANDLER_RESULT_NOT_YET_HANDLED
+        if message.get_interface() == OWN_INTERFACE and not self.is_monitor:
+            connection.send_message(dbus.lowlevel.MethodReturnMessage(message))
+            return dbus.lowlevel.HANDLER_RESULT_HANDLED
         self.records.append({
             "kind": kind,
             "sender": message.get_sender(),

@@ -1,7 +1,5 @@
 #include "eventlist/Arguments.h"
 
-#include "eventlist/Output.h"
-
 Arguments::Arguments(const QVector<Option>& options)
 {
     for (const Option& option : options)
@@ -36,8 +34,8 @@ QStringList Arguments::list(const QString& option) const
     return elements;
 }
 
-bool Arguments::readNumber(const QString& option, qint64 minimum, qint64 fallback,
-                           qint64& number) const
+bool Arguments::readNumber(const QString& option, qint64 minimum, qint64 fallback, qint64& number,
+                           QString& error) const
 {
     number = fallback;
     if (!isSet(option))
@@ -48,8 +46,8 @@ bool Arguments::readNumber(const QString& option, qint64 minimum, qint64 fallbac
     number = value(option).toLongLong(&isNumber);
     if (!isNumber || number < minimum)
     {
-        Output::error(QStringLiteral("--%1 takes a whole number from %2 on, not '%3'")
-                          .arg(option, QString::number(minimum), value(option)));
+        error = QStringLiteral("--%1 takes a whole number from %2 on, not '%3'")
+                    .arg(option, QString::number(minimum), value(option));
         return false;
     }
     return true;

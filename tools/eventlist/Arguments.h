@@ -42,8 +42,9 @@ public:
     QStringList list(const QString& option) const;
 
     /// The value as a whole number from minimum on; absent gives the fall-back.
-    /// Failure: false after a message on the standard error.
-    bool readNumber(const QString& option, qint64 minimum, qint64 fallback, qint64& number) const;
+    /// Failure: false, and error says why.
+    bool readNumber(const QString& option, qint64 minimum, qint64 fallback, qint64& number,
+                    QString& error) const;
 
 private:
     QCommandLineParser m_parser;

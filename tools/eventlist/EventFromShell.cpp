@@ -2,7 +2,6 @@
 
 #include "eventlist/ExitCode.h"
 #include "eventlist/Language.h"
-#include "eventlist/MessageLog.h"
 #include "eventlist/Output.h"
 #include "eventlist/Service.h"
 #include "eventlist/Words.h"
@@ -210,10 +209,11 @@ int EventFromShell::writeFile() const
     const QString fileName =
         QStringLiteral("eventlist-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
     EventlistHandlerEventToFile spool;
-    const int warningsBefore = MessageLog::warningCount();
-    spool.logEvent(m_type, m_state, m_icon, m_module, description(), m_keywords, m_user, m_eventId,
-                   m_metaData, m_alarmId, QString(), EventlistHandlerEnums::noSourceHash, fileName);
-    if (MessageLog::warningCount() == warningsBefore)
+    QJsonObject entry;
+    spool.generateEventEntryData(entry, m_type, m_state, m_icon, m_module, description(),
+                                 m_keywords, m_user, m_eventId, m_metaData, m_alarmId, QString(),
+                                 EventlistHandlerEnums::noSourceHash);
+    if (spool.writeEventToFile(entry, fileName))
     {
         return ExitCode::success;
     }

@@ -171,9 +171,10 @@ int FollowCommand::run(const Arguments& arguments)
     {
         return complain(query.errorText());
     }
-    if (!arguments.readNumber(QStringLiteral("count"), 0, defaultRows, count))
+    QString error;
+    if (!arguments.readNumber(QStringLiteral("count"), 0, defaultRows, count, error))
     {
-        return ExitCode::wrongUsage;
+        return complain(error);
     }
     const bool isJson = arguments.isSet(QStringLiteral("json"));
     EventFollower follower(EventlistHandlerDBusConnectorRead::createAndConnect(false), query,

@@ -45,6 +45,10 @@ void Follower::watchPresence()
     const bool isThere = m_connector.isDBusInterfaceValid();
     if (isThere == m_isThere && (isThere || m_wasTold))
     {
+        if (isThere && m_hasFailed)
+        {
+            look();
+        }
         return;
     }
     if (!isThere)
@@ -92,13 +96,15 @@ void Follower::finish()
     const QString problem = Service::readList(*reply, list);
     if (!problem.isEmpty())
     {
-        // An answer that a restart has cut off comes with the next look.
-        if (m_connector.isDBusInterfaceValid())
+        // What a restart has cut off is asked for anew when the service is back.
+        if (!m_hasFailed && m_connector.isDBusInterfaceValid())
         {
-            Output::error(problem);
+            Output::error(problem + QStringLiteral("; trying again"));
         }
+        m_hasFailed = true;
         return;
     }
+    m_hasFailed = false;
     if (take(list) || m_isStale)
     {
         look();

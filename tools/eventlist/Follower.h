@@ -47,4 +47,5 @@ private:
     bool m_isThere = false;
     bool m_wasTold = false;
     bool m_isStale = false;
+    bool m_hasFailed = false;
 };

@@ -27,7 +27,8 @@ int readPieces(EventlistHandlerDBusConnectorRead& connector, EventQuery query, q
         const qint64 missing = rows - list.size();
         const int wanted = int(qMin<qint64>(missing, rowsOfPiece));
         ListReply piece;
-        const int code = Service::waitForList(connector, query.newest(connector, wanted), piece);
+        const int code = Service::askForList(
+            connector, [&] { return query.newest(connector, wanted); }, piece);
         if (code != ExitCode::success)
         {
             return code;
@@ -113,9 +114,10 @@ int ListCommand::run(const Arguments& arguments)
     {
         return complain(query.errorText());
     }
-    if (!arguments.readNumber(QStringLiteral("count"), 0, defaultRows, count))
+    QString error;
+    if (!arguments.readNumber(QStringLiteral("count"), 0, defaultRows, count, error))
     {
-        return ExitCode::wrongUsage;
+        return complain(error);
     }
     EventlistHandlerDBusConnectorRead connector(false);
     if (!Service::isThere(connector))

@@ -9,11 +9,9 @@
 namespace
 {
 std::atomic<bool> isShown{false};
-std::atomic<int> warnings{0};
 
 void handle(QtMsgType type, const QMessageLogContext&, const QString& text)
 {
-    warnings += type == QtWarningMsg ? 1 : 0;
     if (isShown || type == QtCriticalMsg || type == QtFatalMsg)
     {
         Output::error(text);
@@ -29,9 +27,4 @@ void MessageLog::take()
 void MessageLog::setVerbose(bool isVerbose)
 {
     isShown = isVerbose;
-}
-
-int MessageLog::warningCount()
-{
-    return warnings;
 }

@@ -9,7 +9,4 @@ public:
     static void take();
 
     static void setVerbose(bool isVerbose);
-
-    /// How many warnings there were so far.
-    static int warningCount();
 };

@@ -10,6 +10,11 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDeadlineTimer>
+#include <QEventLoop>
+#include <QTimer>
+
+#include <chrono>
 
 bool Service::isThere(const DBusConnectorBase& connector)
 {
@@ -38,6 +43,10 @@ QString Service::absence(const DBusConnectorBase& connector)
 
 namespace
 {
+// The service limits what one client may ask for in a time.
+constexpr std::chrono::seconds longestPause(60);
+constexpr std::chrono::milliseconds betweenTries(200);
+
 QString failure(const DBusPendingReply& reply)
 {
     return reply.isError() ? QStringLiteral("the service did not answer the query: %1 (%2)")
@@ -73,6 +82,29 @@ int Service::waitForList(const DBusConnectorBase& connector,
         return ExitCode::failed;
     }
     return ExitCode::success;
+}
+
+int Service::askForList(const DBusConnectorBase& connector,
+                        const std::function<DBusPendingReply::SharedPointer()>& ask,
+                        ListReply& list)
+{
+    const QDeadlineTimer patience(longestPause);
+    for (;;)
+    {
+        const DBusPendingReply::SharedPointer reply = ask();
+        if (!reply.isNull())
+        {
+            reply->waitForFinished();
+        }
+        if (reply.isNull() || !reply->isError() ||
+            reply->error().type() != QDBusError::LimitsExceeded || patience.hasExpired())
+        {
+            return waitForList(connector, reply, list);
+        }
+        QEventLoop pause;
+        QTimer::singleShot(betweenTries, &pause, &QEventLoop::quit);
+        pause.exec();
+    }
 }
 
 int Service::waitForDictionary(const DBusConnectorBase& connector,

@@ -4,6 +4,8 @@
 
 #include <QVariantMap>
 
+#include <functional>
+
 class DBusConnectorBase;
 class ListReply;
 
@@ -22,6 +24,11 @@ public:
     /// \returns an exit code; anything but success after a message on the standard error
     static int waitForList(const DBusConnectorBase& connector,
                            const DBusPendingReply::SharedPointer& reply, ListReply& list);
+
+    /// The same for one of many queries in a row: asks again when the service wants a pause.
+    static int askForList(const DBusConnectorBase& connector,
+                          const std::function<DBusPendingReply::SharedPointer()>& ask,
+                          ListReply& list);
 
     /// The same for an answer that is one dictionary.
     static int waitForDictionary(const DBusConnectorBase& connector,

@@ -129,9 +129,9 @@ private:
 
     bool send(int number, bool state)
     {
-        return number == 0 ? m_service.emitSignal(path, interface, signalNames[0])
-                           : m_service.emitSignal(path, interface, signalNames[number],
-                                                  QStringLiteral("b"), QJsonArray{state});
+        return number == 0 ? emitSignal(path, interface, signalNames[0])
+                           : emitSignal(path, interface, signalNames[number], QStringLiteral("b"),
+                                        QJsonArray{state});
     }
 };
 
@@ -212,11 +212,11 @@ void tst_AlarmlistHandlerDBusConnectorRead::ignoresSignalsOfAnotherShape()
     Connector polling(true);
     for (const char* const signature : {"i", "s"})
     {
-        QVERIFY(m_service.emitSignal(
-            path, interface, signalNames[number], QString::fromLatin1(signature),
-            QJsonArray{signature[0] == 'i' ? QJsonValue(1) : QJsonValue(QString())}));
+        QVERIFY(
+            emitSignal(path, interface, signalNames[number], QString::fromLatin1(signature),
+                       QJsonArray{signature[0] == 'i' ? QJsonValue(1) : QJsonValue(QString())}));
     }
-    QVERIFY(m_service.emitSignal(path, interface, signalNames[number]));
+    QVERIFY(emitSignal(path, interface, signalNames[number]));
     QVERIFY(takeWhatWasSent());
     QCOMPARE(spy.size(), 0);
     bool state = true;
@@ -282,7 +282,7 @@ void tst_AlarmlistHandlerDBusConnectorRead::givesOneTrueForAnyNumberOfListChange
     Connector connector(true);
     for (const int signalCount : {1, 2, 50})
     {
-        QVERIFY(m_service.emitSignal(path, interface, signalNames[0], QString(), {}, signalCount));
+        QVERIFY(emitSignal(path, interface, signalNames[0], QString(), {}, signalCount));
         QVERIFY(takeWhatWasSent());
         QVERIFY(connector.changedFlagAlarmlist());
         QVERIFY(!connector.changedFlagAlarmlist());

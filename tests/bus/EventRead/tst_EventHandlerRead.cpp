@@ -243,9 +243,8 @@ void tst_EventHandlerRead::passesTheChangeOn()
 {
     EventHandlerRead reader(nullptr);
     QSignalSpy changed(&reader, &EventHandlerRead::changedEventlist);
-    QVERIFY(m_service.emitSignal(QStringLiteral("/EventlistRead"),
-                                 QStringLiteral("Interface.EventlistRead"),
-                                 QStringLiteral("changedEventlist"), QString(), {}, 2));
+    QVERIFY(emitSignal(QStringLiteral("/EventlistRead"), QStringLiteral("Interface.EventlistRead"),
+                       QStringLiteral("changedEventlist"), QString(), {}, 2));
     QVERIFY(takeWhatWasSent());
     QCOMPARE(changed.size(), 2);
 }
@@ -259,14 +258,13 @@ void tst_EventHandlerRead::passesTheChangeOnAfterRestarts()
     QVERIFY(takeBusAway());
     QVERIFY(bringBusBack());
     // Each signal comes once: as soon as the first is there, all are.
-    QTRY_VERIFY(m_service.emitSignal(QStringLiteral("/EventlistRead"),
-                                     QStringLiteral("Interface.EventlistRead"),
-                                     QStringLiteral("changedEventlist")) &&
+    QTRY_VERIFY(emitSignal(QStringLiteral("/EventlistRead"),
+                           QStringLiteral("Interface.EventlistRead"),
+                           QStringLiteral("changedEventlist")) &&
                 takeWhatWasSent() && changed.size() > 0);
     changed.clear();
-    QVERIFY(m_service.emitSignal(QStringLiteral("/EventlistRead"),
-                                 QStringLiteral("Interface.EventlistRead"),
-                                 QStringLiteral("changedEventlist"), QString(), {}, 3));
+    QVERIFY(emitSignal(QStringLiteral("/EventlistRead"), QStringLiteral("Interface.EventlistRead"),
+                       QStringLiteral("changedEventlist"), QString(), {}, 3));
     QVERIFY(takeWhatWasSent());
     QCOMPARE(changed.size(), 3);
 }
@@ -282,9 +280,8 @@ void tst_EventHandlerRead::passesTheChangeOnInAnotherThread()
         reader, &EventHandlerRead::changedEventlist, reader,
         [&] { emittedOn = QThread::currentThread(); }, Qt::DirectConnection);
 
-    QVERIFY(m_service.emitSignal(QStringLiteral("/EventlistRead"),
-                                 QStringLiteral("Interface.EventlistRead"),
-                                 QStringLiteral("changedEventlist")));
+    QVERIFY(emitSignal(QStringLiteral("/EventlistRead"), QStringLiteral("Interface.EventlistRead"),
+                       QStringLiteral("changedEventlist")));
 
     QTRY_COMPARE(emittedOn.load(), &thread);
     reader->deleteLater();

@@ -204,9 +204,9 @@ void tst_EventListHandlerRegisterConnector::neverSendsItsSignal()
     Connector connector;
     QSignalSpy spy(&connector, &Connector::newSignal);
     connector.registerEventHash(QStringLiteral("3fa9c1"));
-    QVERIFY(m_service.emitSignal(QStringLiteral("/Hash3fa9c1"), QStringLiteral("Interface.Event"),
-                                 QStringLiteral("availableEventIcon"), QStringLiteral("s"),
-                                 {QStringLiteral("Icon")}));
+    QVERIFY(emitSignal(QStringLiteral("/Hash3fa9c1"), QStringLiteral("Interface.Event"),
+                       QStringLiteral("availableEventIcon"), QStringLiteral("s"),
+                       {QStringLiteral("Icon")}));
     QVERIFY(takeWhatWasSent());
     QCOMPARE(spy.size(), 0);
 

@@ -48,8 +48,7 @@ private Q_SLOTS:
 private:
     bool announce(const QString& path, const QString& icon)
     {
-        return m_service.emitSignal(path, interface, availableEventIcon, QStringLiteral("s"),
-                                    {icon});
+        return emitSignal(path, interface, availableEventIcon, QStringLiteral("s"), {icon});
     }
 
     void expectFailure(const QString& path)
@@ -128,12 +127,12 @@ void tst_EventListHandlerRegisterWorker::ignoresOtherHashesInterfacesAndShapes()
     QVERIFY(takeWhatWasSent());
     QVERIFY(announce(QStringLiteral("/Hash3fa9c2"), QStringLiteral("Icon")));
     QVERIFY(announce(QStringLiteral("/Hash/3fa9c1"), QStringLiteral("Icon")));
-    QVERIFY(m_service.emitSignal(QStringLiteral("/Hash3fa9c1"),
-                                 QStringLiteral("org.eventlist.Interface.Event"),
-                                 availableEventIcon, QStringLiteral("s"), {QString()}));
-    QVERIFY(m_service.emitSignal(QStringLiteral("/Hash3fa9c1"), interface, availableEventIcon,
-                                 QStringLiteral("i"), {5}));
-    QVERIFY(m_service.emitSignal(QStringLiteral("/Hash3fa9c1"), interface, availableEventIcon));
+    QVERIFY(emitSignal(QStringLiteral("/Hash3fa9c1"),
+                       QStringLiteral("org.eventlist.Interface.Event"), availableEventIcon,
+                       QStringLiteral("s"), {QString()}));
+    QVERIFY(emitSignal(QStringLiteral("/Hash3fa9c1"), interface, availableEventIcon,
+                       QStringLiteral("i"), {5}));
+    QVERIFY(emitSignal(QStringLiteral("/Hash3fa9c1"), interface, availableEventIcon));
     QVERIFY(announce(QStringLiteral("/Hash3fa9c1"), QStringLiteral("marker")));
     QVERIFY(takeWhatWasSent());
     QCOMPARE(spy.size(), 1);

@@ -76,9 +76,8 @@ void tst_MissingConnector::readerWarnsInItsConstructorAndAtEachQueryInOtherWords
                 .getPartOfEventlistFilteredByEventType(
                     context, {EventlistHandlerEnums::EventType::alarm}, time, time, 0)
                 .isNull());
-    QVERIFY(m_service.emitSignal(QStringLiteral("/EventlistRead"),
-                                 QStringLiteral("Interface.EventlistRead"),
-                                 QStringLiteral("changedEventlist")));
+    QVERIFY(emitSignal(QStringLiteral("/EventlistRead"), QStringLiteral("Interface.EventlistRead"),
+                       QStringLiteral("changedEventlist")));
     QVERIFY(takeWhatWasSent());
     QCOMPARE(changed.size(), 0);
     QCOMPARE(m_service.received().size(), 0);

@@ -14,7 +14,6 @@
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 namespace
@@ -75,10 +74,6 @@ int main(int argumentCount, char** arguments)
         return 2;
     }
     journal = ::open(arguments[2], O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
-    // What it has not read when it is killed is lost. It is to be killed while it waits, and not
-    // because the machine is busy; without the right to this it is only less likely.
-    (void)::setpriority(PRIO_PROCESS, 0, -10);
-
     DBusError error = DBUS_ERROR_INIT;
     DBusConnection* const connection = dbus_bus_get_private(DBUS_BUS_SYSTEM, &error);
     if (connection == nullptr)

@@ -232,10 +232,11 @@ const char* ForeignService::errorText() const
 
 bool ForeignService::synchronise(const QDBusConnection& sender)
 {
-    // The service's own library answers a ping, in its turn among all messages of this connection.
+    // Answered in its turn among all messages of this connection, and not recorded. Not a ping,
+    // which the library of a BusMonitor would answer too, and be disconnected for it.
     const QDBusMessage ping = QDBusMessage::createMethodCall(
-        m_uniqueName, QStringLiteral("/"), QStringLiteral("org.freedesktop.DBus.Peer"),
-        QStringLiteral("Ping"));
+        m_uniqueName, QStringLiteral("/"), QStringLiteral("org.eventlist.RecordingService"),
+        QStringLiteral("Synchronise"));
     const QDBusMessage answer = sender.call(ping, QDBus::Block, int(defaultDeadline.count()));
     if (answer.type() != QDBusMessage::ReplyMessage)
     {
@@ -363,6 +364,12 @@ bool ForeignService::emitSignal(const QString& path, const QString& interface,
                                 const QString& member, const QString& signature,
                                 const QJsonArray& values, int times)
 {
+    // What this process has subscribed to stands at the bus when the answer is here: subscribing is
+    // asynchronous, and the signal comes over another connection.
+    if (QDBusConnection connection = DBusConnection::getQDBusConnection(); connection.isConnected())
+    {
+        synchronise(connection);
+    }
     QJsonObject command = commandNamed("emit");
     command.insert(QStringLiteral("path"), path);
     command.insert(QStringLiteral("interface"), interface);

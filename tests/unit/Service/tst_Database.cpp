@@ -1,0 +1,159 @@
+#include "core/Database.h"
+
+#include "TestSupport/WarningRecorder.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+using namespace eventlistd;
+
+class tst_Database : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void beginsAndOpensAgain();
+    void keepsWhatWasCommittedAndNothingElse();
+    void refusesAFileThatAnotherOneHasOpen();
+    void putsADamagedFileAside();
+    void findsDamageInTheMiddle();
+    void namesTheFailureOfAStatement();
+    void countsUsedBytes();
+
+private:
+    QString path() const { return m_folder->filePath(QStringLiteral("list.sqlite")); }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    WarningRecorder m_warnings;
+};
+
+void tst_Database::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    m_warnings.start();
+}
+
+void tst_Database::cleanup()
+{
+    VERIFY_WARNINGS(m_warnings);
+}
+
+void tst_Database::beginsAndOpensAgain()
+{
+    {
+        Database database(path());
+        QCOMPARE(database.open(), Database::Opened::asNew);
+        QVERIFY(database.setMetaValue(QStringLiteral("key"), 7));
+    }
+    Database database(path());
+    QCOMPARE(database.open(), Database::Opened::asItWas);
+    QCOMPARE(database.metaValue(QStringLiteral("key")).toInt(), 7);
+    QVERIFY(!database.metaValue(QStringLiteral("other")).isValid());
+    QVERIFY(Database::isSound(path()));
+}
+
+void tst_Database::keepsWhatWasCommittedAndNothingElse()
+{
+    Database database(path());
+    QCOMPARE(database.open(), Database::Opened::asNew);
+    QVERIFY(database.begin());
+    QVERIFY(database.setMetaValue(QStringLiteral("kept"), 1));
+    QVERIFY(database.commit());
+    QVERIFY(database.begin());
+    QVERIFY(database.setMetaValue(QStringLiteral("dropped"), 1));
+    database.rollback();
+    database.rollback();
+    QCOMPARE(database.metaValue(QStringLiteral("kept")).toInt(), 1);
+    QVERIFY(!database.metaValue(QStringLiteral("dropped")).isValid());
+    QCOMPARE(database.failure(), Database::Failure::none);
+}
+
+void tst_Database::refusesAFileThatAnotherOneHasOpen()
+{
+    Database first(path());
+    QCOMPARE(first.open(), Database::Opened::asNew);
+    m_warnings.expectMatch(QStringLiteral("Another process works on the database .*"));
+    m_warnings.expectMatch(QStringLiteral("Cannot use the database .*"));
+    Database second(path());
+    QCOMPARE(second.open(), Database::Opened::failed);
+}
+
+void tst_Database::putsADamagedFileAside()
+{
+    QFile file(path());
+    QVERIFY(file.open(QFile::WriteOnly));
+    QVERIFY(file.write(QByteArray(10000, 'x')) > 0);
+    file.close();
+    m_warnings.expectMatch(QStringLiteral("Database: .*"));
+    m_warnings.expectMatch(QStringLiteral("The damaged database was put aside as .*"));
+    Database database(path());
+    QCOMPARE(database.open(), Database::Opened::inPlaceOfDamaged);
+    QCOMPARE(database.failure(), Database::Failure::none);
+    const QStringList aside =
+        QDir(m_folder->path()).entryList({QStringLiteral("list.sqlite.damaged-*")});
+    QCOMPARE(aside.size(), 1);
+    QCOMPARE(QFile(m_folder->filePath(aside.constFirst())).size(), qint64(10000));
+    // Numbers go on where no earlier list can have been.
+    QVERIFY(database.metaValue(QStringLiteral("last_id")).toLongLong() > 1000000000000);
+}
+
+void tst_Database::findsDamageInTheMiddle()
+{
+    {
+        Database database(path());
+        QCOMPARE(database.open(), Database::Opened::asNew);
+        for (int i = 0; i < 200; ++i)
+        {
+            QVERIFY(database.setMetaValue(QString::number(i), QString(1000, QLatin1Char('x'))));
+        }
+    }
+    QFile file(path());
+    QVERIFY(file.open(QFile::ReadWrite));
+    for (int page = 20; page < 40; ++page)
+    {
+        QVERIFY(file.seek(page * 4096));
+        QCOMPARE(file.write(QByteArray(4096, char(0xa5))), qint64(4096));
+    }
+    file.close();
+    QVERIFY(!Database::isSound(path()));
+    m_warnings.expectMatch(QStringLiteral("The database is damaged: .*"));
+    m_warnings.expectMatch(QStringLiteral("The damaged database was put aside as .*"));
+    Database database(path());
+    QCOMPARE(database.open(), Database::Opened::inPlaceOfDamaged);
+}
+
+void tst_Database::namesTheFailureOfAStatement()
+{
+    Database database(path());
+    QCOMPARE(database.open(), Database::Opened::asNew);
+    QSqlQuery& twice =
+        database.statement(QStringLiteral("INSERT INTO event VALUES(1, 0, 0, 0, '', '', '')"));
+    QVERIFY(database.run(twice));
+    m_warnings.expectMatch(QStringLiteral("Database: .*UNIQUE.*"));
+    QVERIFY(!database.run(twice));
+    QCOMPARE(database.failure(), Database::Failure::damaged);
+    database.clearFailure();
+    m_warnings.expectMatch(QStringLiteral("Database: .*no such table.*"));
+    QVERIFY(!database.run(QStringLiteral("DELETE FROM nowhere")));
+    QCOMPARE(database.failure(), Database::Failure::passing);
+}
+
+void tst_Database::countsUsedBytes()
+{
+    Database database(path());
+    QCOMPARE(database.open(), Database::Opened::asNew);
+    const qint64 before = database.usedBytes();
+    QVERIFY(before > 0);
+    QVERIFY(database.setMetaValue(QStringLiteral("x"), QString(100000, QLatin1Char('x'))));
+    QVERIFY(database.usedBytes() >= before + 100000);
+    QVERIFY(database.setMetaValue(QStringLiteral("x"), 1));
+    QVERIFY(database.usedBytes() <= before + 4096);
+}
+
+QTEST_GUILESS_MAIN(tst_Database)
+#include "tst_Database.moc"

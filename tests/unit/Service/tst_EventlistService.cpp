@@ -1,0 +1,216 @@
+#include "core/EventlistService.h"
+
+#include "TestSupport/FakeTextManager.h"
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+using namespace eventlistd;
+
+namespace
+{
+QString s(const char* text)
+{
+    return QString::fromUtf8(text);
+}
+
+DecodedEvent decoded(const QString& description, int type = otherEvents, int state = neutral)
+{
+    DecodedEvent made;
+    made.event.moduleName = s("pump");
+    made.event.description = description;
+    made.event.type = type;
+    made.event.state = state;
+    made.event.alarmId = s("id");
+    return made;
+}
+} // namespace
+
+class tst_EventlistService : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void writesFromTheEventLoopAndTellsIt();
+    void answersWithEverythingThatCameBefore();
+    void tellsPowerOnFromRestart_data();
+    void tellsPowerOnFromRestart();
+    void dropsWhatOneSenderSendsTooMuch();
+    void keepsTheOrderOfEventsAndCommands();
+    void tellsStatesOnceAndOnlyWhenTheyDiffer();
+    void tellsEverythingAfterAnEndThatWasNoOrderlyOne();
+
+private:
+    void start();
+    QStringList descriptions();
+    QStringList eventIds();
+
+    FakeTextManager m_texts;
+    std::unique_ptr<QTemporaryDir> m_folder;
+    EventlistService::Settings m_settings;
+    std::unique_ptr<EventlistService> m_service;
+};
+
+void tst_EventlistService::init()
+{
+    m_service.reset();
+    m_folder = std::make_unique<QTemporaryDir>();
+    m_settings = EventlistService::Settings();
+    m_settings.databasePath = m_folder->filePath(s("list.sqlite"));
+    m_settings.spool.folder = m_folder->filePath(s("spool"));
+    m_settings.bootId = s("first boot");
+}
+
+void tst_EventlistService::start()
+{
+    m_service.reset();
+    m_service = std::make_unique<EventlistService>(m_settings, m_texts);
+    QVERIFY(m_service->start());
+}
+
+QStringList tst_EventlistService::descriptions()
+{
+    EventFilter filter;
+    filter.moduleNames = QStringList({s("pump")});
+    filter.oldestFirst = true;
+    filter.columns = QStringList({s("Description")});
+    QString error;
+    QStringList all;
+    for (const QStringList& row : m_service->events(filter, error).value(s("data")).value<Rows>())
+    {
+        all.append(row.constFirst());
+    }
+    return error.isEmpty() ? all : QStringList(error);
+}
+
+QStringList tst_EventlistService::eventIds()
+{
+    EventFilter filter;
+    filter.moduleNames = QStringList({s("EventlistHandler")});
+    filter.oldestFirst = true;
+    filter.columns = QStringList({s("EventId")});
+    QString error;
+    QStringList all;
+    for (const QStringList& row : m_service->events(filter, error).value(s("data")).value<Rows>())
+    {
+        all.append(row.constFirst());
+    }
+    return all;
+}
+
+void tst_EventlistService::writesFromTheEventLoopAndTellsIt()
+{
+    start();
+    QSignalSpy spy(m_service.get(), &EventlistService::eventlistChanged);
+    m_service->takeEvent(decoded(s("one")), s(":1.1"));
+    QCOMPARE(spy.count(), 0);
+    QTRY_VERIFY(spy.count() > 0);
+    QCOMPARE(descriptions(), QStringList({s("one")}));
+}
+
+void tst_EventlistService::answersWithEverythingThatCameBefore()
+{
+    start();
+    QStringList expected;
+    for (int i = 0; i < 12000; ++i)
+    {
+        m_service->takeEvent(decoded(QString::number(i)), s(":1.1"));
+        expected.append(QString::number(i));
+    }
+    QCOMPARE(descriptions(), expected);
+}
+
+void tst_EventlistService::tellsPowerOnFromRestart_data()
+{
+    QTest::addColumn<QString>("secondBoot");
+    QTest::addColumn<QString>("eventId");
+    QTest::newRow("same boot") << s("first boot") << s("EventlistHandler/SystemRestarted");
+    QTest::newRow("new boot") << s("second boot") << s("EventlistHandler/PowerOnEvent");
+    QTest::newRow("unknown") << QString() << s("EventlistHandler/PowerOnEvent");
+}
+
+void tst_EventlistService::tellsPowerOnFromRestart()
+{
+    QFETCH(QString, secondBoot);
+    QFETCH(QString, eventId);
+    start();
+    m_settings.bootId = secondBoot;
+    start();
+    QCOMPARE(eventIds(), QStringList({s("EventlistHandler/PowerOnEvent"), eventId}));
+}
+
+void tst_EventlistService::dropsWhatOneSenderSendsTooMuch()
+{
+    m_settings.senderLimits.eventBurst = 3;
+    m_settings.senderLimits.eventsPerSecond = 0.001;
+    start();
+    int admitted = 0;
+    for (int i = 0; i < 10; ++i)
+    {
+        admitted += m_service->admitsEvent(s(":1.1"));
+    }
+    QCOMPARE(admitted, 3);
+    QVERIFY(m_service->admitsEvent(s(":1.2")));
+    QTRY_VERIFY(eventIds().contains(s("EventlistHandler/EventsDropped")));
+}
+
+void tst_EventlistService::keepsTheOrderOfEventsAndCommands()
+{
+    start();
+    m_service->takeEvent(decoded(s("gone")), s(":1.1"));
+    m_service->deleteEventlist(s(":1.1"));
+    m_service->takeEvent(decoded(s("on"), alarm, active), s(":1.1"));
+    m_service->acknowledgeAlarms({s("id")}, s("meier"), s(":1.1"));
+    m_service->takeEvent(decoded(s("off"), alarm, inactive), s(":1.1"));
+    m_service->acknowledgeCentralDetector(s("meier"), s(":1.1"));
+    QCOMPARE(descriptions(), QStringList({s("on"), s("off")}));
+    QCOMPARE(eventIds(), QStringList({s("EventlistHandler/EventlistDeleted"),
+                                      s("EventlistHandler/CentralDetectorActive"),
+                                      s("EventlistHandler/AlarmAcknowledged"),
+                                      s("EventlistHandler/CentralDetectorInactive")}));
+    QString error;
+    QCOMPARE(m_service->alarms(QString(), error).value(s("data")).value<Rows>(), Rows());
+}
+
+void tst_EventlistService::tellsStatesOnceAndOnlyWhenTheyDiffer()
+{
+    start();
+    QSignalSpy spy(m_service.get(), &EventlistService::alarmStatesChanged);
+    m_service->takeEvent(decoded(s("on"), alarm, active), s(":1.1"));
+    m_service->flush();
+    QCOMPARE(spy.count(), 1);
+    m_service->takeEvent(decoded(s("on"), alarm, active), s(":1.1"));
+    m_service->takeEvent(decoded(s("other")), s(":1.1"));
+    m_service->flush();
+    QCOMPARE(spy.count(), 1);
+    // On and off within one batch: nothing has changed for anybody outside.
+    m_service->takeEvent(decoded(s("off"), alarm, inactive), s(":1.1"));
+    m_service->takeEvent(decoded(s("on"), alarm, active), s(":1.1"));
+    m_service->flush();
+    QCOMPARE(spy.count(), 1);
+}
+
+void tst_EventlistService::tellsEverythingAfterAnEndThatWasNoOrderlyOne()
+{
+    start();
+    m_service->takeEvent(decoded(s("on"), alarm, active), s(":1.1"));
+    m_service->flush();
+    m_service->stop();
+    start();
+    QSignalSpy spy(m_service.get(), &EventlistService::alarmStatesChanged);
+    m_service->onReachable();
+    QCOMPARE(spy.count(), 0);
+    // The bus went away and came back: who listens may have missed something.
+    m_service->onReachable();
+    QCOMPARE(spy.count(), 1);
+    start();
+    QSignalSpy second(m_service.get(), &EventlistService::alarmStatesChanged);
+    m_service->onReachable();
+    QCOMPARE(second.count(), 1);
+}
+
+QTEST_GUILESS_MAIN(tst_EventlistService)
+#include "tst_EventlistService.moc"
