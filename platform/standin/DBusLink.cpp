@@ -4,7 +4,6 @@
 
 #include <QCoreApplication>
 #include <QDBusConnectionInterface>
-#include <QDBusMessage>
 #include <QEvent>
 #include <QObject>
 
@@ -26,18 +25,25 @@ public:
     }
 
     static void open(Tap* tap, QThread* thread);
-    void askOwner(const QByteArray& name);
+    quint64 request(const char* method, const QByteArray& argument);
 
 protected:
     void customEvent(QEvent*) override;
 
 private:
+    /// A call of the bus itself.
+    struct Request
+    {
+        const char* method;
+        QByteArray argument;
+    };
+
     static DBusHandlerResult hear(DBusConnection*, DBusMessage* message, void* tap);
     void hear(DBusMessage* message);
     void hearSignal(DBusMessage* message) const;
     void hearOwnerChange(DBusMessage* message) const;
     void hearAnswer(DBusMessage* message);
-    void send(const QByteArray& name);
+    void send(const Request& request);
 
     // Fixed at construction.
     const quint64 m_generation;
@@ -45,7 +51,8 @@ private:
     DBusConnection* const m_connection;
     // Guarded by the mutex.
     std::mutex m_mutex;
-    std::vector<QByteArray> m_namesToAsk;
+    std::vector<Request> m_requests;
+    quint64 m_lastTicket = 0;
     // Of QtDBus' thread: serial number and bus name.
     std::map<quint32, QByteArray> m_questions;
 };
@@ -72,14 +79,7 @@ DBusConnection* rawConnection(const QDBusConnection& connection)
     return static_cast<DBusConnection*>(connection.internalPointer());
 }
 
-QDBusMessage busCall(const QString& method, const QByteArray& argument)
-{
-    QDBusMessage call = QDBusMessage::createMethodCall(QLatin1String(DBUS_SERVICE_DBUS),
-                                                       QLatin1String(DBUS_PATH_DBUS),
-                                                       QLatin1String(DBUS_INTERFACE_DBUS), method);
-    call << QString::fromUtf8(argument);
-    return call;
-}
+constexpr char getNameOwner[] = "GetNameOwner";
 } // namespace
 
 void DBusLink::Tap::hearOwnerChange(DBusMessage* message) const
@@ -169,42 +169,53 @@ void DBusLink::Tap::open(Tap* tap, QThread* thread)
                                [](void* unused) { delete static_cast<Tap*>(unused); });
 }
 
-void DBusLink::Tap::askOwner(const QByteArray& name)
+quint64 DBusLink::Tap::request(const char* method, const QByteArray& argument)
 {
+    quint64 ticket = 0;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_namesToAsk.push_back(name);
+        m_requests.push_back({method, argument});
+        ticket = ++m_lastTicket;
     }
     QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+    return ticket;
 }
 
 void DBusLink::Tap::customEvent(QEvent*)
 {
     handedOverTaps.load(std::memory_order_acquire);
-    std::vector<QByteArray> names;
+    std::vector<Request> requests;
+    quint64 ticket = 0;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        names.swap(m_namesToAsk);
+        requests.swap(m_requests);
+        ticket = m_lastTicket;
     }
-    for (const QByteArray& name : names)
+    for (const Request& request : requests)
     {
-        send(name);
+        send(request);
     }
+    m_listener.requestsSent(m_generation, ticket);
 }
 
-void DBusLink::Tap::send(const QByteArray& name)
+void DBusLink::Tap::send(const Request& request)
 {
+    const MessagePointer message(dbus_message_new_method_call(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS,
+                                                              DBUS_INTERFACE_DBUS, request.method));
+    const char* const argument = request.argument.constData();
+    if (!message ||
+        !dbus_message_append_args(message.get(), DBUS_TYPE_STRING, &argument, DBUS_TYPE_INVALID))
+    {
+        return;
+    }
+    const bool isQuestion = request.method == getNameOwner;
+    dbus_message_set_no_reply(message.get(), !isQuestion);
     // Without a pending call, so that the answer runs through the filter, in its order among the
     // news.
-    const MessagePointer message(dbus_message_new_method_call(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS,
-                                                              DBUS_INTERFACE_DBUS, "GetNameOwner"));
-    const char* const argument = name.constData();
     dbus_uint32_t serial = 0;
-    if (message &&
-        dbus_message_append_args(message.get(), DBUS_TYPE_STRING, &argument, DBUS_TYPE_INVALID) &&
-        dbus_connection_send(m_connection, message.get(), &serial))
+    if (dbus_connection_send(m_connection, message.get(), &serial) && isQuestion)
     {
-        m_questions[serial] = name;
+        m_questions[serial] = request.argument;
     }
 }
 
@@ -239,14 +250,14 @@ void DBusLink::close(std::shared_ptr<DBusLink>&& link)
     QDBusConnection::disconnectFromBus(name);
 }
 
-void DBusLink::addMatch(const QByteArray& rule) const
+quint64 DBusLink::addMatch(const QByteArray& rule) const
 {
-    m_connection.send(busCall(QStringLiteral("AddMatch"), rule));
+    return m_tap->request("AddMatch", rule);
 }
 
 void DBusLink::removeMatch(const QByteArray& rule) const
 {
-    m_connection.send(busCall(QStringLiteral("RemoveMatch"), rule));
+    m_tap->request("RemoveMatch", rule);
 }
 
 void DBusLink::followOwner(const QByteArray& name) const
@@ -255,5 +266,5 @@ void DBusLink::followOwner(const QByteArray& name) const
     addMatch("type='signal',sender='" DBUS_SERVICE_DBUS "',interface='" DBUS_INTERFACE_DBUS
              "',member='NameOwnerChanged',arg0='" +
              name + '\'');
-    m_tap->askOwner(name);
+    m_tap->request(getNameOwner, name);
 }

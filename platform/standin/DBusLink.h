@@ -43,6 +43,9 @@ public:
 
         virtual void signalArrived(quint64 generation, const Signal& signal) = 0;
 
+        /// All requests up to this ticket are on their way to the bus.
+        virtual void requestsSent(quint64 generation, quint64 ticket) = 0;
+
     protected:
         ~Listener() = default;
     };
@@ -63,7 +66,8 @@ public:
 
     /// Tells the bus which messages are wanted. Rules are counted by the bus: equal ones are kept
     /// twice.
-    void addMatch(const QByteArray& rule) const;
+    /// \return the ticket of this request
+    quint64 addMatch(const QByteArray& rule) const;
     void removeMatch(const QByteArray& rule) const;
 
     /// Makes the listener hear who owns a bus name, first by an answer, then by every change.

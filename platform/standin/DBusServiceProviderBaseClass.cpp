@@ -2,13 +2,13 @@
 
 #include "DBusTracker.h"
 
+#include <dbus/dbus-shared.h>
+
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDebug>
 #include <QMap>
-
-#include <dbus/dbus-shared.h>
 
 #include <mutex>
 

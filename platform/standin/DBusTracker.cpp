@@ -153,7 +153,7 @@ DBusTracker::DBusTracker() : m_receiver(new QObject)
 {
     const SignalShield shield;
     // Any name makes QtDBus create its static objects and its thread.
-    QDBusConnection(QStringLiteral("EventlistHandlerPlatform"));
+    const QDBusConnection unconnected(QStringLiteral("EventlistHandlerPlatform"));
     pthread_atfork([] { instance().m_mutex.lock(); }, [] { instance().m_mutex.unlock(); },
                    leaveForkedChild);
     try
@@ -241,6 +241,7 @@ void DBusTracker::connectAgain(Lock& lock)
 void DBusTracker::adopt(const std::shared_ptr<DBusLink>& link)
 {
     m_link = link;
+    m_sentTicket = 0;
     for (Service& known : m_services)
     {
         ask(known);
@@ -526,13 +527,16 @@ void DBusTracker::addSink(const DBusSignalAddress& address, DBusSignalSink& sink
     Service& sender = service(address.serviceName);
     std::vector<DBusSignalSink*>& sinks = m_sinks[address];
     sinks.push_back(&sink);
-    if (sinks.size() == 1 && m_link)
+    const quint64 generation = m_generation;
+    const quint64 ticket =
+        sinks.size() == 1 && m_link ? m_link->addMatch(matchRule(address)) : m_sentTicket;
+    const bool isFirst = !sender.hasBeenAwaited;
+    if (isFirst || ticket > m_sentTicket)
     {
-        m_link->addMatch(matchRule(address));
-    }
-    if (!sender.hasBeenAwaited)
-    {
-        waitBriefly(lock, [&sender] { return sender.isAnswered; });
+        waitBriefly(lock, [&] {
+            return m_link && (!isFirst || sender.isAnswered) &&
+                   (ticket <= m_sentTicket || generation != m_generation);
+        });
         sender.hasBeenAwaited = true;
     }
 }
@@ -609,5 +613,15 @@ void DBusTracker::signalArrived(quint64 generation, const DBusLink::Signal& sign
                 sink->signalArrived(signal);
             }
         }
+    }
+}
+
+void DBusTracker::requestsSent(quint64 generation, quint64 ticket)
+{
+    const Lock lock(m_mutex);
+    if (generation == m_generation)
+    {
+        m_sentTicket = ticket;
+        m_settled.notify_all();
     }
 }

@@ -179,7 +179,8 @@ public:
     void unsubscribe(DBusSubscriber& subscriber);
 
     /// Feeds a sink with the signals of a service, on every connection to come.
-    /// Blocks: as remoteObject().
+    /// Blocks: until the subscription is on its way to the bus, so that a signal cannot overtake it
+    ///         that is sent afterwards; the first use of a service, as remoteObject().
     void addSink(const DBusSignalAddress& address, DBusSignalSink& sink);
 
     /// After this the sink is not touched any more.
@@ -246,6 +247,7 @@ private:
                        const QByteArray& owner) override;
     void ownerChanged(quint64 generation, const QByteArray& name, const QByteArray& owner) override;
     void signalArrived(quint64 generation, const DBusLink::Signal& signal) override;
+    void requestsSent(quint64 generation, quint64 ticket) override;
 
     // Set before the thread starts.
     std::unique_ptr<QObject> m_receiver;
@@ -262,6 +264,7 @@ private:
     bool m_isConnectionAwaited = true;
     quint64 m_generation = 0;
     quint64 m_lostGeneration = 0;
+    quint64 m_sentTicket = 0;
     std::shared_ptr<DBusLink> m_link;
     std::list<Service> m_services;
     std::map<std::tuple<QString, QString, QString>, std::shared_ptr<DBusRemoteObject>> m_objects;

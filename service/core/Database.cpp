@@ -46,8 +46,8 @@ const char* const tables[] = {
     " state INTEGER, time_ms INTEGER,"
     " module TEXT, keywords TEXT, event_id TEXT, timestamp TEXT, offset_s INTEGER, icon TEXT,"
     " description TEXT, user TEXT, metadata TEXT, source_hash_type INTEGER, source_hashes TEXT)",
-    "CREATE TABLE spool_seen(number INTEGER PRIMARY KEY, device INTEGER, inode INTEGER,"
-    " mtime_ns INTEGER, sha256 BLOB, UNIQUE(device, inode, mtime_ns, sha256))",
+    ("CREATE TABLE spool_seen(number INTEGER PRIMARY KEY, device INTEGER, inode INTEGER,"
+     " mtime_ns INTEGER, sha256 BLOB, UNIQUE(device, inode, mtime_ns, sha256))"),
     "CREATE TABLE registered_hash(hash TEXT PRIMARY KEY, icon TEXT NOT NULL)",
     "CREATE TABLE source_icon(hashes TEXT PRIMARY KEY, icon TEXT NOT NULL, event INTEGER NOT NULL)",
     "CREATE INDEX source_icon_event ON source_icon(event)",

@@ -40,6 +40,7 @@ private Q_SLOTS:
     void cleanup();
 
     void isSilentWithoutABus();
+    void listensWhenItsConstructorReturns();
     void storesNothingBeforeTheFirstSignal();
     void storesOneOccurrenceOfASignalWithoutArgument();
     void storesTheArgumentsInTheirOrder();
@@ -112,6 +113,19 @@ void tst_DBusConnectionSignalPollingHandler::isSilentWithoutABus()
     QVERIFY(waitUntil([] { return DBusConnection::getQDBusConnection().isConnected(); }));
     QVERIFY(send("changed"));
     QVERIFY(handler->isSignalOccured());
+}
+
+void tst_DBusConnectionSignalPollingHandler::listensWhenItsConstructorReturns()
+{
+    for (int round = 0; round < 50; ++round)
+    {
+        const QSharedPointer<Handler> handler = makeHandler("changed", Handler::noArgument);
+        // At once: nothing on our connection tells that the subscription has arrived.
+        QVERIFY(m_service.emitSignal(QStringLiteral("/Pump"), QStringLiteral("Interface.Pump"),
+                                     QStringLiteral("changed")));
+        QVERIFY(synchronise());
+        QVERIFY(handler->isSignalOccured());
+    }
 }
 
 void tst_DBusConnectionSignalPollingHandler::storesNothingBeforeTheFirstSignal()

@@ -364,6 +364,12 @@ bool ForeignService::emitSignal(const QString& path, const QString& interface,
                                 const QString& member, const QString& signature,
                                 const QJsonArray& values, int times)
 {
+    // What this process has subscribed to stands at the bus when the answer is here: subscribing is
+    // asynchronous, and the signal comes over another connection.
+    if (QDBusConnection connection = DBusConnection::getQDBusConnection(); connection.isConnected())
+    {
+        synchronise(connection);
+    }
     QJsonObject command = commandNamed("emit");
     command.insert(QStringLiteral("path"), path);
     command.insert(QStringLiteral("interface"), interface);

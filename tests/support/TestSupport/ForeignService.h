@@ -144,7 +144,7 @@ public:
     /// \returns how many these were; -1 after a failure.
     int release(const QString& signature = QString(), const QJsonArray& values = QJsonArray());
 
-    /// Sends a signal.
+    /// Sends a signal, after all that this process has subscribed to stands at the bus.
     /// \param times  so often, one after the other
     bool emitSignal(const QString& path, const QString& interface, const QString& member,
                     const QString& signature = QString(), const QJsonArray& values = QJsonArray(),

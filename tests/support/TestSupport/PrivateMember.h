@@ -20,7 +20,10 @@
         friend Type privateMember(name##Tag);                                                      \
     };                                                                                             \
     template struct PrivateMember<name##Tag, member>;                                              \
-    static inline name##Tag::Type name() { return privateMember(name##Tag()); }
+    static inline name##Tag::Type name()                                                           \
+    {                                                                                              \
+        return privateMember(name##Tag());                                                         \
+    }
 
 /// Defines the function that PRIVATE_MEMBER declares.
 template<typename Tag, typename Tag::Type member>

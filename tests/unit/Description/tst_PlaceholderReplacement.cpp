@@ -138,6 +138,7 @@ private Q_SLOTS:
 
     void fillsTheTextsUpToTheLimitAndNotPastIt_data();
     void fillsTheTextsUpToTheLimitAndNotPastIt();
+    void countsAllPlacesOfAnEmptyPlaceholder();
     void countsAllLanguagesTogether();
     void refusesATextArgumentPastTheLimitToo();
     void letsTextsPastTheLimitShrink();
@@ -373,6 +374,21 @@ void tst_PlaceholderReplacement::fillsTheTextsUpToTheLimitAndNotPastIt()
     QCOMPARE(textList.value(enKey).toString().size(),
              isReplaced ? textSize - 2 + argumentSize : textSize);
     QCOMPARE(textList.value(enKey).toString().endsWith(QStringLiteral("%1")), !isReplaced);
+}
+
+void tst_PlaceholderReplacement::countsAllPlacesOfAnEmptyPlaceholder()
+{
+    // Before and behind the one character.
+    const QString half(maximumTextUnits / 2, QLatin1Char('x'));
+    QVariantMap oneTooMany{{enKey, QStringLiteral(".")}};
+    QVariantMap full{{enKey, QStringLiteral(".")}};
+    expectRefusal(m_warnings, QString());
+
+    Functions::replacePlaceholderWithArgumentString(oneTooMany, QString(), half);
+    Functions::replacePlaceholderWithArgumentString(full, QString(), half.chopped(1));
+
+    QCOMPARE(oneTooMany.value(enKey).toString(), QStringLiteral("."));
+    QCOMPARE(full.value(enKey).toString().size(), maximumTextUnits - 1);
 }
 
 void tst_PlaceholderReplacement::countsAllLanguagesTogether()

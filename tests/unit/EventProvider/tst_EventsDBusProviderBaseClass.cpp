@@ -53,6 +53,7 @@ private Q_SLOTS:
     void sendsAnEventAlsoWithoutTextManagers();
     void looksAtNoArgumentWhenTheTextIsNotFound();
     void takesPlainListsFromTheBusForEmptyOnes();
+    void leavesAnInvalidListToTheConversion();
     void leavesTheDictionaryOfItsCallerAlone();
 
 private:
@@ -262,6 +263,18 @@ void tst_EventsDBusProviderBaseClass::takesPlainListsFromTheBusForEmptyOnes()
                                    {text("UrlArguments"), QVariantList{urlEntry(text("%1")), 7}}}));
 
     QCOMPARE(m_texts.lookUpCount() - before, 1);
+}
+
+void tst_EventsDBusProviderBaseClass::leavesAnInvalidListToTheConversion()
+{
+    QVariantMap dictionary = pumpDictionary();
+    dictionary.insert(text("Arguments"), QVariant());
+    m_warnings.expect(text("No valid descriptionArguments (Can't convert to QVariantList) "
+                           "textSource:: 0 moduleName: \"\" objectName: \"\" "
+                           "descriptionInstanceName: \"\" descriptionUrl: \"\""));
+    expectSent();
+
+    logInDBusFormat(dictionary);
 }
 
 void tst_EventsDBusProviderBaseClass::leavesTheDictionaryOfItsCallerAlone()
