@@ -1,8 +1,8 @@
 #include "Alarmlist/AlarmlistHandlerDBusConnectorRead.h"
 
+#include "TestSupport/PrivateMember.h"
 #include "TestSupport/Waiting.h"
 #include "bus/CentralServiceTest.h"
-#include "bus/PrivateMember.h"
 
 #include "Platform/DBusConnection.h"
 #include "Platform/DBusConnectionSignalPollingHandler.h"
@@ -18,12 +18,6 @@ using Connector = AlarmlistHandlerDBusConnectorRead;
 
 namespace
 {
-template<int number>
-struct PollingHandler
-{
-    static inline QSharedPointer<DBusConnectionSignalPollingHandler> Connector::*pointer = nullptr;
-};
-
 const QString path = QStringLiteral("/AlarmlistRead");
 const QString interface = QStringLiteral("Interface.AlarmlistRead");
 
@@ -72,14 +66,15 @@ protected Q_SLOTS:
 };
 } // namespace
 
-template struct PrivateMember<PollingHandler<0>, &Connector::m_alarmlistPollingHandler>;
-template struct PrivateMember<PollingHandler<1>, &Connector::m_alarmInAlarmlistPollingHandler>;
-template struct PrivateMember<PollingHandler<2>,
-                              &Connector::m_activeAlarmInAlarmlistPollingHandler>;
-template struct PrivateMember<PollingHandler<3>, &Connector::m_faultInAlarmlistPollingHandler>;
-template struct PrivateMember<PollingHandler<4>,
-                              &Connector::m_activeFaultInAlarmlistPollingHandler>;
-template struct PrivateMember<PollingHandler<5>, &Connector::m_centralDetectorPollingHandler>;
+using Handler = QSharedPointer<DBusConnectionSignalPollingHandler> Connector::*;
+PRIVATE_MEMBER(alarmlistHandler, Handler, &Connector::m_alarmlistPollingHandler)
+PRIVATE_MEMBER(alarmInAlarmlistHandler, Handler, &Connector::m_alarmInAlarmlistPollingHandler)
+PRIVATE_MEMBER(activeAlarmInAlarmlistHandler, Handler,
+               &Connector::m_activeAlarmInAlarmlistPollingHandler)
+PRIVATE_MEMBER(faultInAlarmlistHandler, Handler, &Connector::m_faultInAlarmlistPollingHandler)
+PRIVATE_MEMBER(activeFaultInAlarmlistHandler, Handler,
+               &Connector::m_activeFaultInAlarmlistPollingHandler)
+PRIVATE_MEMBER(centralDetectorHandler, Handler, &Connector::m_centralDetectorPollingHandler)
 
 class tst_AlarmlistHandlerDBusConnectorRead : public CentralServiceTest
 {
@@ -313,9 +308,9 @@ void tst_AlarmlistHandlerDBusConnectorRead::warnsAtEachPollInSignalMode()
 void tst_AlarmlistHandlerDBusConnectorRead::warnsWhenAPollingHandlerIsMissing()
 {
     QFETCH(int, number);
-    const decltype(PollingHandler<0>::pointer) handlers[] = {
-        PollingHandler<0>::pointer, PollingHandler<1>::pointer, PollingHandler<2>::pointer,
-        PollingHandler<3>::pointer, PollingHandler<4>::pointer, PollingHandler<5>::pointer};
+    const Handler handlers[] = {
+        alarmlistHandler(),        alarmInAlarmlistHandler(),       activeAlarmInAlarmlistHandler(),
+        faultInAlarmlistHandler(), activeFaultInAlarmlistHandler(), centralDetectorHandler()};
     Connector connector(true);
     (connector.*handlers[number]).reset();
     m_warnings.expect(QStringLiteral("Nollpointer access"),

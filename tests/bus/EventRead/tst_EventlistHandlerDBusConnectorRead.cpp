@@ -1,7 +1,7 @@
 #include "EventRead/EventlistHandlerDBusConnectorRead.h"
 
+#include "TestSupport/PrivateMember.h"
 #include "bus/CentralServiceTest.h"
-#include "bus/PrivateMember.h"
 
 #include "Platform/DBusConnectionSignalPollingHandler.h"
 
@@ -20,11 +20,6 @@ using Connector = EventlistHandlerDBusConnectorRead;
 
 namespace
 {
-struct PollingHandler
-{
-    static inline QSharedPointer<DBusConnectionSignalPollingHandler> Connector::*pointer = nullptr;
-};
-
 const QString context = QStringLiteral("lang_de");
 const QString path = QStringLiteral("/EventlistRead");
 const QString interface = QStringLiteral("Interface.EventlistRead");
@@ -53,7 +48,8 @@ protected Q_SLOTS:
 };
 } // namespace
 
-template struct PrivateMember<PollingHandler, &Connector::m_eventlistPollingHandler>;
+PRIVATE_MEMBER(pollingHandler, QSharedPointer<DBusConnectionSignalPollingHandler> Connector::*,
+               &Connector::m_eventlistPollingHandler)
 
 class tst_EventlistHandlerDBusConnectorRead : public CentralServiceTest
 {
@@ -370,7 +366,7 @@ void tst_EventlistHandlerDBusConnectorRead::neverEmitsInPollingMode()
 void tst_EventlistHandlerDBusConnectorRead::warnsWhenThePollingHandlerIsMissing()
 {
     Connector connector(true);
-    (connector.*PollingHandler::pointer).reset();
+    (connector.*pollingHandler()).reset();
     m_warnings.expect(QStringLiteral("Nollpointer access"),
                       QStringLiteral("EventlistHandlerDBusConnectorRead"),
                       QStringLiteral("EventlistHandlerDBusConnectorRead::changedFlagEventlist"));
