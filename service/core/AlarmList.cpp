@@ -112,7 +112,8 @@ bool AlarmList::load()
 
 AlarmList::Effect AlarmList::apply(const Event& event)
 {
-    if ((event.type != alarm && event.type != fault) || event.state == neutral)
+    if ((event.type != alarm && event.type != fault) ||
+        (event.state != active && event.state != inactive))
     {
         return Effect::none;
     }

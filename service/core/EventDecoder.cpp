@@ -25,11 +25,15 @@ DecodedEvent refused(const QString& reason)
     return {Event(), reason};
 }
 
-bool readNumber(const QString& text, int highest, int& number)
+// A state that is none is still an event: modules send it, after a warning of their own.
+constexpr int lowestState = std::numeric_limits<int>::min();
+constexpr int highestState = std::numeric_limits<int>::max();
+
+bool readNumber(const QString& text, int lowest, int highest, int& number)
 {
     bool isNumber = false;
     number = text.toInt(&isNumber, 10);
-    return isNumber && number >= 0 && number <= highest;
+    return isNumber && number >= lowest && number <= highest;
 }
 
 // Takes the members of one JSON object one by one and remembers the first that is missing or has
@@ -88,8 +92,8 @@ DecodedEvent EventDecoder::fromBus(const QStringList& eventAttributes, const QSt
     DecodedEvent decoded;
     Event& event = decoded.event;
     if (eventAttributes.size() != attributeCount ||
-        !readNumber(eventAttributes.at(0), otherEvents, event.type) ||
-        !readNumber(eventAttributes.at(1), inactive, event.state))
+        !readNumber(eventAttributes.at(0), alarm, otherEvents, event.type) ||
+        !readNumber(eventAttributes.at(1), lowestState, highestState, event.state))
     {
         return refused(QStringLiteral("the attributes are not type, state and icon"));
     }
@@ -124,7 +128,7 @@ DecodedEvent EventDecoder::fromSpoolFile(const QByteArray& content) const
     MemberReader members(loaded.object);
     event.timestamp = members.text(names::dateTimeMsUtc());
     event.type = members.number(names::eventType(), alarm, otherEvents);
-    event.state = members.number(names::state(), neutral, inactive);
+    event.state = members.number(names::state(), lowestState, highestState);
     event.icon = members.text(names::iconType());
     event.moduleName = members.text(names::module());
     event.description = members.text(names::description());

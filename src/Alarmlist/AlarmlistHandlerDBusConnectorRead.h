@@ -25,6 +25,8 @@ class DBusConnectionSignalPollingHandler;
 /// Wire:    a D-Bus method of the function's name with the one argument queryContext, s, which is
 ///          handed on as it is; D-Bus signals of the names of the Qt signals, taken from any
 ///          interface.
+/// Blocks:  in polling mode the constructor, at most 1 s, until the subscriptions are on their way
+///          to the bus; otherwise see DBusConnectorBase.
 /// Threads: the one that made it.
 class EVENTLISTHANDLER_EXPORT AlarmlistHandlerDBusConnectorRead : public DBusConnectorBase
 {

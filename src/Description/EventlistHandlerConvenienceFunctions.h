@@ -86,7 +86,7 @@ public:
 
     /// Puts the same text into every language, wherever the placeholder stands.
     /// Failure: when the texts together would grow past 16,777,216 UTF-16 units, they stay as they
-    ///          are, with one warning that names the placeholder.
+    ///          are, with the warning "Texts would grow too large. Placeholder not replaced:".
     static void replacePlaceholderWithArgumentString(QVariantMap& textList,
                                                      const QString& placeholder,
                                                      const QString& argument);

@@ -25,6 +25,8 @@ class QDateTime;
 /// Wire:    a D-Bus method of the function's name. What the service makes of queryContext,
 ///          secondFilter, extraList, extraNumber and extraFlag is the service's; they are handed on
 ///          as they are.
+/// Blocks:  in polling mode the constructor, at most 1 s, until the subscription is on its way to
+///          the bus; otherwise see DBusConnectorBase.
 /// Threads: the one that made it.
 class EVENTLISTHANDLER_EXPORT EventlistHandlerDBusConnectorRead : public DBusConnectorBase
 {

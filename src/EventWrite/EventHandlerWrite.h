@@ -18,7 +18,8 @@ class QJsonObject;
 ///
 /// It starts on the bus road. setEventToFile() turns it to the file road for the rest of its life.
 /// The choice is the module's alone: an event that one road loses never takes the other.
-/// Blocks:  on the bus road never; on the file road until the file is durable.
+/// Blocks:  on the bus road never, but for the first one of a process, which waits at most 1 s for
+///          the bus when it is made; on the file road until the file is durable.
 /// Threads: the one that made it.
 class EVENTLISTHANDLER_EXPORT EventHandlerWrite : public QObject
 {

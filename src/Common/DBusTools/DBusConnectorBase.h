@@ -29,8 +29,9 @@ class DBusConnectionParameter;
 /// connector finds its new connection at its next call or, for its signals, through the event loop
 /// of its thread.
 ///
-/// Blocks:  the first connector of a process waits for the first attempt to connect, at most 1 s,
-///          and for one answer of the bus. No later one waits for anything.
+/// Blocks:  the first connector of a process to a remote object waits until the bus has told
+///          whether the object's service is there, at most 1 s; without a bus it does not wait.
+///          Each further one to the same object waits for nothing.
 /// Threads: the thread that made it. Connectors of different threads do not disturb each other.
 class PLATFORM_EXPORT DBusConnectorBase : public QObject
 {

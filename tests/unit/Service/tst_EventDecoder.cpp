@@ -54,6 +54,7 @@ private Q_SLOTS:
     void refusesASpoolFile();
     void needsEveryMember();
     void readsTheArgumentsOfACall();
+    void keepsAStateThatIsNone();
     void refusesWrongAttributes_data();
     void refusesWrongAttributes();
     void refusesAnEventThatIsTooLarge();
@@ -109,7 +110,7 @@ void tst_EventDecoder::refusesASpoolFile_data()
     QTest::newRow("type below") << changed("EventType", -1);
     QTest::newRow("type fraction") << changed("EventType", 0.5);
     QTest::newRow("type text") << changed("EventType", s("0"));
-    QTest::newRow("state beyond") << changed("State", 3);
+    QTest::newRow("state fraction") << changed("State", 0.5);
     QTest::newRow("state null") << changed("State", QJsonValue::Null);
     QTest::newRow("hash type beyond int") << changed("SourceHashType", 3e9);
     QTest::newRow("user null") << changed("User", QJsonValue::Null);
@@ -152,6 +153,19 @@ void tst_EventDecoder::readsTheArgumentsOfACall()
     QCOMPARE(decoded.event.sourceHashes, s("ff"));
 }
 
+void tst_EventDecoder::keepsAStateThatIsNone()
+{
+    QJsonObject object = entry();
+    object.insert(s("State"), 3);
+    const DecodedEvent fromFile = m_decoder.fromSpoolFile(bytes(object));
+    QVERIFY(fromFile.isGood());
+    QCOMPARE(fromFile.event.state, 3);
+
+    const DecodedEvent decoded = fromBus({s("0"), s("3"), QString()}, s("{}"));
+    QVERIFY(decoded.isGood());
+    QCOMPARE(decoded.event.state, 3);
+}
+
 void tst_EventDecoder::refusesWrongAttributes_data()
 {
     QTest::addColumn<QStringList>("attributes");
@@ -159,7 +173,7 @@ void tst_EventDecoder::refusesWrongAttributes_data()
     QTest::newRow("two") << QStringList({s("0"), s("0")});
     QTest::newRow("four") << QStringList({s("0"), s("0"), s("i"), s("i")});
     QTest::newRow("type beyond") << QStringList({s("4"), s("0"), s("i")});
-    QTest::newRow("state beyond") << QStringList({s("0"), s("3"), s("i")});
+    QTest::newRow("state beyond int") << QStringList({s("0"), s("3000000000"), s("i")});
     QTest::newRow("negative") << QStringList({s("-1"), s("0"), s("i")});
     QTest::newRow("name") << QStringList({s("alarm"), s("0"), s("i")});
     QTest::newRow("hexadecimal") << QStringList({s("0x1"), s("0"), s("i")});
