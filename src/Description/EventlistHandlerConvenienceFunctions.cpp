@@ -26,6 +26,20 @@ const QString argumentTypeText(QLatin1String("text"));
 // few hundred bytes grow into gigabytes.
 constexpr qint64 maximumTextUnits = 16 * 1024 * 1024;
 
+// Each placeholder is looked for in all texts. Without a bound, a hundred thousand placeholders in
+// texts just below the limit above take minutes; 20,000 in texts of 50,000 units stay below this one.
+constexpr qint64 maximumSearchedUnits = 1024 * 1024 * 1024;
+
+qint64 unitsOf(const QVariantMap& textList)
+{
+    qint64 units = 0;
+    for (const QVariant& text : textList)
+    {
+        units += text.toString().size();
+    }
+    return units;
+}
+
 QJsonObject argumentObject(const QString& type, const QJsonValue& value)
 {
     QJsonObject object;
@@ -263,8 +277,16 @@ void EventlistHandlerConvenienceFunctions::replacePlaceholder(QVariantMap& textL
                                                               const QJsonObject& arguments)
 {
     const QStringList placeholders = arguments.keys();
+    qint64 searchedUnits = 0;
     for (const QString& placeholder : placeholders)
     {
+        searchedUnits += unitsOf(textList);
+        if (searchedUnits > maximumSearchedUnits)
+        {
+            qWarning() << "Too many placeholders for texts of this size. Not replaced from"
+                       << placeholder << "on";
+            return;
+        }
         QString type;
         if (!readStringValueFromJson(pathOf(placeholder, keyArgumentType), arguments, type))
         {

@@ -145,6 +145,7 @@ private Q_SLOTS:
     void warnsOnceForEachRefusedPlaceholderAndReplacesTheOthers();
     void doesNotTakePlacesThatOverlapForGrowth();
     void staysSmallWhenArgumentsMultiplyByTen();
+    void stopsWhereManyPlaceholdersMeetLargeTexts();
     void replacesManyPlacesInOnePass();
     void writesManyUnsortedArgumentsAsFastAsSortedOnes_data();
     void writesManyUnsortedArgumentsAsFastAsSortedOnes();
@@ -495,6 +496,28 @@ void tst_PlaceholderReplacement::staysSmallWhenArgumentsMultiplyByTen()
              qPrintable(QString::number(double(neededNs) / double(onePassNs))));
     QVERIFY(peakMemoryKiB() - peakBefore < 512 * 1024);
     QCOMPARE(textList.value(enKey).toString(), QString(10000000, QLatin1Char('H')));
+}
+
+void tst_PlaceholderReplacement::stopsWhereManyPlaceholdersMeetLargeTexts()
+{
+    // 64 searches in texts of 16 Mi units are allowed.
+    const QString end = QStringLiteral(" %000063 %000064");
+    const QString fill(maximumTextUnits - end.size(), QLatin1Char('x'));
+    QVariantMap textList{{enKey, fill + end}};
+    QJsonObject arguments;
+    for (int i = 0; i < 100000; ++i)
+    {
+        const QString number = QString::number(i).rightJustified(6, QLatin1Char('0'));
+        arguments.insert(QLatin1Char('%') + number, stringArgument(QStringLiteral("replace")));
+    }
+    m_warnings.expect(QStringLiteral("Too many placeholders for texts of this size. Not replaced "
+                                     "from \"%000064\" on"),
+                      QStringLiteral("EventlistHandlerConvenienceFunctions"),
+                      QStringLiteral("EventlistHandlerConvenienceFunctions::replacePlaceholder"));
+
+    Functions::replacePlaceholder(textList, arguments);
+
+    QCOMPARE(textList.value(enKey).toString(), fill + QStringLiteral(" replace %000064"));
 }
 
 void tst_PlaceholderReplacement::replacesManyPlacesInOnePass()
