@@ -1,8 +1,10 @@
 // A module without QCoreApplication and without any event loop: its connector is made before main()
 // begins and ends after main(). It does what it is told on the standard input, one word a line.
+// "constructed" asks how many milliseconds the connector took to be made.
 
 #include "Common/DBusTools/DBusConnectorBase.h"
 
+#include <chrono>
 #include <cstdlib>
 #include <iostream>
 #include <string>
@@ -37,7 +39,11 @@ public:
     }
 };
 
+using Clock = std::chrono::steady_clock;
+
+const Clock::time_point beforeConnector = Clock::now();
 Connector connector;
+const Clock::time_point behindConnector = Clock::now();
 
 /// What a child sees that goes on without exec().
 bool isInvalidInForkedChild()
@@ -62,6 +68,13 @@ int main()
         if (command == "valid")
         {
             std::cout << connector.isDBusInterfaceValid() << std::endl;
+        }
+        else if (command == "constructed")
+        {
+            std::cout << std::chrono::duration_cast<std::chrono::milliseconds>(behindConnector -
+                                                                               beforeConnector)
+                             .count()
+                      << std::endl;
         }
         else if (command == "send")
         {

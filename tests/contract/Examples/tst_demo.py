@@ -69,6 +69,17 @@ class Demo(unittest.TestCase):
                 self.assertEqual(program.stop(how), code)
                 self.check_nothing_is_left(folder)
 
+    def test_leaves_nothing_when_it_is_interrupted_in_the_middle_of_a_step(self):
+        for heading in ("1. A bus and the central service", "2. A module that watches this machine",
+                        "3. The other road: a spool file"):
+            with self.subTest(heading=heading):
+                program = Program([DEMO, BUILD])
+                program.wait_for(heading)
+                folder = wait_until(self.own_folder, "the demonstration has a folder")
+                self.assertEqual(program.stop(signal.SIGINT), 130)
+                self.assertNotIn("4. ", program.out)
+                self.check_nothing_is_left(folder)
+
     def test_ends_with_an_error_and_leaves_nothing_when_a_step_fails(self):
         with tempfile.TemporaryDirectory() as broken:
             # The same build, but for a provider that cannot be started.

@@ -4,6 +4,7 @@
 import json
 import os
 import re
+import signal
 import unittest
 from pathlib import Path
 
@@ -34,6 +35,10 @@ class Examples(unittest.TestCase):
 
     def events(self, *words):
         return [event for event in self.device.events(*words) if event["ModuleName"] != "EventlistHandler"]
+
+    def spooled(self):
+        """Whatever lies there, beside the folders of the service."""
+        return [path.name for path in SPOOL.iterdir() if not path.is_dir()]
 
     def one_event(self):
         events = self.events()
@@ -105,6 +110,17 @@ class Examples(unittest.TestCase):
         self.assertEqual({key: "PumpControl" in text for key, text in event["Description"].items()},
                          {"lang_de": True, "lang_en": True, "lang_fr": True})
         wait_until(lambda: not list(SPOOL.glob("*.event.json")), "the file is taken away")
+
+    def test_emergency_event_outlives_a_process_that_is_killed_right_after_it(self):
+        self.device.stop_service()
+        done = self.device.run(os.environ["EMERGENCY_PROCESS"], environment={"EMERGENCY_EVENT": "kill"})
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (-signal.SIGKILL, "", ""))
+        self.assertEqual(self.spooled(), ["logEvent0.event.json"])
+        self.device.start_service()
+        wait_until(self.events, "the file is in the list")
+        self.check(self.one_event(), ModuleName="supervisor", EventId="EventlistHandler/SystemWatchdog", EventType=3,
+                   State=0, KeywordName=[FIRMWARE])
+        wait_until(lambda: not self.spooled(), "the file is taken away")
 
     def test_panel_hears_alarms_and_the_icon_of_a_source(self):
         panel = self.device.start(EXAMPLES / "panel", "machine/memory")

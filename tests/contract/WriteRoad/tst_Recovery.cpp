@@ -20,6 +20,8 @@ private Q_SLOTS:
     void everyEventIsReceivedOrWarnedAbout();
 
 private:
+    void killAgainAndAgain(const QStringList& arguments, bool isBusKilled, int& mostUnseen);
+
     // Waits until so many more events have arrived. The last has just done so: nothing is on its
     // way then, unless the machine is too busy.
     bool waitForEvents(const JournalService& service, int count) const
@@ -35,6 +37,7 @@ namespace
 {
 constexpr int killCount = 5;
 constexpr int unseenPerKill = 3;
+constexpr int runsPerRow = 3;
 constexpr qint64 longestRecoveryMs = 500;
 
 struct Report
@@ -76,6 +79,28 @@ void tst_Recovery::everyEventIsReceivedOrWarnedAbout()
 {
     QFETCH(QStringList, arguments);
     QFETCH(bool, isBusKilled);
+    // The unseen events of a kill are those that the module had sent and the killed process had not
+    // read yet. As long as all processes run, that is what fits into a moment. A machine that is busy
+    // elsewhere may take the processor from the service or the bus just before the kill; the module
+    // logs on meanwhile, and what piles up unread dies with the reader. No library can know of that,
+    // so such a run says nothing and is made again. A fault of the road shows in every run.
+    int mostUnseen = unseenPerKill + 1;
+    for (int run = 1; run <= runsPerRow && mostUnseen > unseenPerKill; ++run)
+    {
+        killAgainAndAgain(arguments, isBusKilled, mostUnseen);
+        if (QTest::currentTestFailed())
+        {
+            return;
+        }
+        qInfo() << "run" << run << "of at most" << runsPerRow << "- most unseen after one kill"
+                << mostUnseen;
+    }
+    QVERIFY2(mostUnseen <= unseenPerKill, QByteArray::number(mostUnseen));
+}
+
+void tst_Recovery::killAgainAndAgain(const QStringList& arguments, bool isBusKilled,
+                                     int& mostUnseen)
+{
     QVERIFY2(m_bus.start(), m_bus.errorText());
     JournalService service;
     QVERIFY(service.start());
@@ -145,11 +170,8 @@ void tst_Recovery::everyEventIsReceivedOrWarnedAbout()
     QCOMPARE(unseen.last(), 0);
     QCOMPARE(std::accumulate(unseen.cbegin(), unseen.cend(), 0),
              report.sent - received.size() - report.refused.size());
-    // A machine that is too busy holds the bus or the module up for longer than it takes to log three
-    // events; that is seen in one kill or the other, and a fault of the road in each.
-    std::sort(unseen.begin(), unseen.end());
-    QVERIFY(unseen[killCount / 2 + 1] <= unseenPerKill);
     QVERIFY(slowestRecoveryNs <= longestRecoveryMs * 1000000);
+    mostUnseen = *std::max_element(unseen.cbegin(), unseen.cend());
 }
 
 QTEST_GUILESS_MAIN(tst_Recovery)

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
 """Builds a module in a folder outside the tree, with nothing but the installed package, and reads what it reports.
+The same module, built for release, names the place of each warning about a bus that is missing.
 The same module does not link without a platform layer."""
 
 import argparse
@@ -44,6 +45,25 @@ def check_event(path):
         sys.exit(f"a text is empty: {description}")
 
 
+def expect_place_of_warnings(pump):
+    """A release build leaves the places of a module's own warnings out. Those of the connectors, which are compiled
+    into the module or the library, have theirs: each refused call warns twice, in its function."""
+    with tempfile.TemporaryDirectory() as folder:
+        output = must(pump, timeout=60, env={
+            **os.environ, "QT_MESSAGE_PATTERN": "%{file}|%{function}|%{message}",
+            "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={folder}/no-bus"})
+    lines = [line.split("|", 2) for line in output.splitlines()]
+    expect("the number of warnings", len(lines), 5)
+    for first, second, target in ((lines[0], lines[1], "EventlistHandler"), (lines[2], lines[3], "Valves")):
+        expect("the second warning", second, first)
+        expect("the file", first[0], "Common/DBusTools/DBusConnectorBase.h")
+        if "DBusConnectorBase::" not in first[1]:
+            sys.exit(f"no function of the connector: {first[1]!r}")
+        if not re.search(rf"cannot be reached: .*\b{target}\b", first[2]):
+            sys.exit(f"another warning than that of {target}: {first[2]!r}")
+    expect("the module's own warning", lines[4], ["unknown", "unknown", "pump: the valve stays as it is"])
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--cmake", required=True)
@@ -74,12 +94,18 @@ def main():
         finally:
             spooled.unlink(missing_ok=True)
 
+        release = Path(folder, "release")
+        must(arguments.cmake, "-G", "Ninja", "-S", source, "-B", release,
+             f"-DCMAKE_PREFIX_PATH={arguments.prefix}", *arguments.settings, "-DCMAKE_BUILD_TYPE=Release")
+        must(arguments.cmake, "--build", release)
+        expect_place_of_warnings(release / "pump")
+
         alone = run(arguments.cmake, "--build", build, "--target", "pump_alone", env={**os.environ, "LC_ALL": "C"})
         if alone.returncode == 0:
             sys.exit("a module links without a platform layer")
         if not re.search(r"undefined reference to `[^']*(DBusConnectorBase|TextManager)", alone.stdout):
             sys.exit(f"linking without a platform layer fails for another reason:\n{alone.stdout}")
-    print("built, run, and refused without a platform layer")
+    print("built, run, built for release, run without a bus, and refused without a platform layer")
 
 
 if __name__ == "__main__":
