@@ -160,6 +160,18 @@ AlarmList::Effect AlarmList::acknowledge(const QString& alarmId, const QString& 
     return Effect::changed;
 }
 
+AlarmList::Effect AlarmList::endAll()
+{
+    if (!m_states.hasActiveAlarm && !m_states.hasActiveFault)
+    {
+        return Effect::none;
+    }
+    const bool isDone =
+        m_database.run(QStringLiteral("DELETE FROM alarm WHERE active = 1 AND acknowledged = 1")) &&
+        m_database.run(QStringLiteral("UPDATE alarm SET active = 0 WHERE active = 1")) && load();
+    return isDone ? Effect::changed : Effect::failed;
+}
+
 AlarmList::Effect AlarmList::setCentralDetector(bool isActive)
 {
     if (m_isCentralDetectorActive == isActive)
@@ -228,8 +240,8 @@ AlarmList::Effect AlarmList::applyActive(const Event& event, const QString& id)
     const auto found = m_rows.find(id);
     if (found != m_rows.end() && found->isActive)
     {
-        // It was told twice, by a module that was started again: the same occurrence. What it says
-        // now is shown, and an acknowledgement stays.
+        // It was told twice, by a sender that keeps its alarm ids: the same occurrence. What it
+        // says now is shown, and an acknowledgement stays.
         Event before;
         if (!readAlarm(id, before))
         {

@@ -61,6 +61,10 @@ public:
     Effect acknowledge(const QString& alarmId, const QString& user, qint64 unixTimeMs,
                        Event& alarm);
 
+    /// Counts every alarm as gone: whoever could have said so lives no more. What is acknowledged
+    /// leaves, the other rows stay until they are.
+    Effect endAll();
+
     /// \return changed, none when it was so already, or failed
     Effect setCentralDetector(bool isActive);
 

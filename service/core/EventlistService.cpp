@@ -345,8 +345,18 @@ void EventlistService::logStart()
 {
     const bool isSameBoot = !m_settings.bootId.isEmpty() &&
                             m_database.metaValue(bootKey()).toString() == m_settings.bootId;
-    logOwn(isSameBoot ? m_ownEvents.restarted() : m_ownEvents.powerOn());
-    m_database.setMetaValue(bootKey(), m_settings.bootId);
+    if (isSameBoot)
+    {
+        logOwn(m_ownEvents.restarted());
+    }
+    else
+    {
+        Work work;
+        work.kind = Work::Kind::powerOn;
+        work.event = m_ownEvents.powerOn();
+        work.size = work.event.size();
+        enqueue(std::move(work));
+    }
     // After any other end a change may stand in the file that was never told.
     m_isTellingAllWanted = m_database.metaValue(cleanKey()).toInt() == 0;
     m_database.setMetaValue(cleanKey(), 0);
@@ -466,6 +476,8 @@ bool EventlistService::writeOne(Work& work)
     {
     case Work::Kind::event:
         return writeEvent(work.event);
+    case Work::Kind::powerOn:
+        return writePowerOn(work);
     case Work::Kind::deletion:
         return m_events.removeAll() && writeEvent(work.event);
     case Work::Kind::acknowledgement:
@@ -477,6 +489,28 @@ bool EventlistService::writeOne(Work& work)
     return effect == AlarmList::Effect::none ||
            (effect == AlarmList::Effect::changed &&
             writeOwn(m_ownEvents.centralDetector(false, work.user)));
+}
+
+bool EventlistService::writePowerOn(Work& work)
+{
+    // No module of the last boot is left to say that its alarm has gone, and one that finds it
+    // again reports it under a new id. Where one of the boots has no name nothing is known.
+    const QString lastBoot = m_database.metaValue(bootKey()).toString();
+    if (!lastBoot.isEmpty() && !m_settings.bootId.isEmpty() && lastBoot != m_settings.bootId)
+    {
+        const AlarmList::Effect effect = m_alarms.endAll();
+        if (effect == AlarmList::Effect::failed)
+        {
+            return false;
+        }
+        if (effect == AlarmList::Effect::changed)
+        {
+            qWarning() << "The device was switched on anew: what was active counts as gone";
+            m_hasChangedAlarms = true;
+            m_isTellingAllWanted = true;
+        }
+    }
+    return m_database.setMetaValue(bootKey(), m_settings.bootId) && writeEvent(work.event);
 }
 
 bool EventlistService::writeEvent(Event& event)

@@ -115,6 +115,8 @@ private:
         enum class Kind
         {
             event,
+            /// The first start after the device was switched on.
+            powerOn,
             deletion,
             acknowledgement,
             detectorAcknowledgement
@@ -138,6 +140,7 @@ private:
     void purgeSome();
     bool writeBatch(int count);
     bool writeOne(Work& work);
+    bool writePowerOn(Work& work);
     bool writeEvent(Event& event);
     bool writeOwn(const Event& event);
     bool writeAcknowledgement(const Work& work);

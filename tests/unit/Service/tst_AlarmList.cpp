@@ -46,6 +46,7 @@ private Q_SLOTS:
     void givesWayToNewAlarmsButNeverAnActiveOne();
     void isBoundedBySizeToo();
     void changesItsKindWithTheSender();
+    void countsEverythingAsGone();
 
 private:
     QString rowOf(const QString& id);
@@ -265,6 +266,26 @@ void tst_AlarmList::changesItsKindWithTheSender()
     m_list->apply(makeEvent(s("a"), inactive, alarm));
     QVERIFY(m_list->states().hasFault);
     QVERIFY(!m_list->states().hasActiveFault);
+}
+
+void tst_AlarmList::countsEverythingAsGone()
+{
+    QCOMPARE(m_list->endAll(), Effect::none);
+    m_list->apply(makeEvent(s("a"), active));
+    m_list->apply(makeEvent(s("f"), active, fault));
+    m_list->apply(makeEvent(s("gone"), active));
+    m_list->apply(makeEvent(s("gone"), inactive));
+    acknowledge(s("f"));
+    QCOMPARE(m_list->endAll(), Effect::changed);
+    QCOMPARE(rowOf(s("a")), s("00"));
+    QCOMPARE(rowOf(s("f")), QString());
+    QCOMPARE(rowOf(s("gone")), s("00"));
+    QVERIFY(m_list->states().hasAlarm);
+    QVERIFY(!m_list->states().hasActiveAlarm);
+    QVERIFY(!m_list->states().hasFault);
+    QCOMPARE(m_list->endAll(), Effect::none);
+    QCOMPARE(acknowledge(s("a")), Effect::changed);
+    QCOMPARE(m_list->rowCount(), 1);
 }
 
 QTEST_GUILESS_MAIN(tst_AlarmList)

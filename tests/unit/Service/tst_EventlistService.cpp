@@ -42,11 +42,14 @@ private Q_SLOTS:
     void keepsTheOrderOfEventsAndCommands();
     void tellsStatesOnceAndOnlyWhenTheyDiffer();
     void tellsEverythingAfterAnEndThatWasNoOrderlyOne();
+    void countsAlarmsOfTheLastBootAsGone_data();
+    void countsAlarmsOfTheLastBootAsGone();
 
 private:
     void start();
     QStringList descriptions();
     QStringList eventIds();
+    QStringList alarms();
 
     FakeTextManager m_texts;
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -99,6 +102,23 @@ QStringList tst_EventlistService::eventIds()
         all.append(row.constFirst());
     }
     return all;
+}
+
+// Of each row the id, and active and acknowledged as two digits.
+QStringList tst_EventlistService::alarms()
+{
+    QString error;
+    const QVariantMap answer = m_service->alarms(QString(), error);
+    const QStringList header = answer.value(s("header")).toStringList();
+    const int idColumn = header.indexOf(s("AlarmID"));
+    const int activeColumn = header.indexOf(s("AlarmActive"));
+    QStringList all;
+    for (const QStringList& row : answer.value(s("data")).value<Rows>())
+    {
+        all.append(row.at(idColumn) + QLatin1Char(' ') + row.at(activeColumn) +
+                   row.at(activeColumn + 1));
+    }
+    return error.isEmpty() ? all : QStringList(error);
 }
 
 void tst_EventlistService::writesFromTheEventLoopAndTellsIt()
@@ -210,6 +230,47 @@ void tst_EventlistService::tellsEverythingAfterAnEndThatWasNoOrderlyOne()
     QSignalSpy second(m_service.get(), &EventlistService::alarmStatesChanged);
     m_service->onReachable();
     QCOMPARE(second.count(), 1);
+}
+
+void tst_EventlistService::countsAlarmsOfTheLastBootAsGone_data()
+{
+    QTest::addColumn<QString>("secondBoot");
+    QTest::addColumn<QStringList>("rows");
+    QTest::addColumn<bool>("isActive");
+    const QStringList before({s("open 10"), s("acknowledged 11")});
+    QTest::newRow("same boot") << s("first boot") << before << true;
+    QTest::newRow("new boot") << s("second boot") << QStringList({s("open 00")}) << false;
+    QTest::newRow("unknown") << QString() << before << true;
+}
+
+void tst_EventlistService::countsAlarmsOfTheLastBootAsGone()
+{
+    QFETCH(QString, secondBoot);
+    QFETCH(QStringList, rows);
+    QFETCH(bool, isActive);
+    start();
+    for (const char* id : {"acknowledged", "open"})
+    {
+        DecodedEvent event = decoded(s("on"), alarm, active);
+        event.event.alarmId = s(id);
+        m_service->takeEvent(event, s(":1.1"));
+    }
+    m_service->acknowledgeAlarms({s("acknowledged")}, s("meier"), s(":1.1"));
+    m_service->flush();
+    m_service->stop();
+    m_settings.bootId = secondBoot;
+    start();
+    QCOMPARE(alarms(), rows);
+    QCOMPARE(m_service->alarmState().value(s("ActiveAlarmInAlarmlist")).toBool(), isActive);
+    // Nobody could hear it when it happened.
+    QSignalSpy spy(m_service.get(), &EventlistService::alarmStatesChanged);
+    m_service->onReachable();
+    QCOMPARE(spy.count(), isActive ? 0 : 1);
+    // It happens once: the next start of the service is no start of the device.
+    m_service->takeEvent(decoded(s("new"), alarm, active), s(":1.1"));
+    m_service->stop();
+    start();
+    QCOMPARE(alarms(), QStringList({s("id 10")}) + rows);
 }
 
 QTEST_GUILESS_MAIN(tst_EventlistService)
