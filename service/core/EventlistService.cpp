@@ -521,24 +521,22 @@ bool EventlistService::writeEvent(Event& event)
     }
     m_hasChangedEvents = true;
     const AlarmList::Effect effect = m_alarms.apply(event);
-    const bool isFull = effect == AlarmList::Effect::overflow;
-    if (effect == AlarmList::Effect::failed)
+    const bool isLoss =
+        effect == AlarmList::Effect::overflow || effect == AlarmList::Effect::displaced;
+    const bool isNew = isLoss || effect == AlarmList::Effect::occurred;
+    m_hasChangedAlarms = m_hasChangedAlarms || effect == AlarmList::Effect::changed ||
+                         (isNew && effect != AlarmList::Effect::overflow);
+    if (!isNew)
+    {
+        return effect != AlarmList::Effect::failed;
+    }
+    // One entry for as long as it lasts.
+    const bool wasFull = std::exchange(m_isAlarmlistFull, isLoss);
+    if (isLoss && !wasFull && !writeOwn(m_ownEvents.alarmlistOverflow()))
     {
         return false;
     }
-    if (effect == AlarmList::Effect::changed || effect == AlarmList::Effect::occurred)
-    {
-        m_hasChangedAlarms = true;
-        m_isAlarmlistFull = m_isAlarmlistFull && effect != AlarmList::Effect::occurred;
-    }
-    if (isFull && !std::exchange(m_isAlarmlistFull, true))
-    {
-        return writeOwn(m_ownEvents.alarmlistOverflow());
-    }
-    if (effect != AlarmList::Effect::occurred)
-    {
-        return true;
-    }
+    // Also where the list had no room for it: somebody has to come.
     const AlarmList::Effect detector = m_alarms.setCentralDetector(true);
     return detector == AlarmList::Effect::none ||
            (detector == AlarmList::Effect::changed &&
