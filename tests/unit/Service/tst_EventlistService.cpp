@@ -3,6 +3,8 @@
 #include "TestSupport/FakeTextManager.h"
 
 #include <QSignalSpy>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -44,12 +46,14 @@ private Q_SLOTS:
     void tellsEverythingAfterAnEndThatWasNoOrderlyOne();
     void countsAlarmsOfTheLastBootAsGone_data();
     void countsAlarmsOfTheLastBootAsGone();
+    void forgetsWhatWasRolledBack();
 
 private:
     void start();
     QStringList descriptions();
     QStringList eventIds();
     QStringList alarms();
+    bool runBeside(const QString& sql);
 
     FakeTextManager m_texts;
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -119,6 +123,19 @@ QStringList tst_EventlistService::alarms()
                    row.at(activeColumn + 1));
     }
     return error.isEmpty() ? all : QStringList(error);
+}
+
+// Through a connection of its own, as another program would.
+bool tst_EventlistService::runBeside(const QString& sql)
+{
+    bool isDone = false;
+    {
+        QSqlDatabase database = QSqlDatabase::addDatabase(s("QSQLITE"), s("beside"));
+        database.setDatabaseName(m_settings.databasePath);
+        isDone = database.open() && QSqlQuery(database).exec(sql);
+    }
+    QSqlDatabase::removeDatabase(s("beside"));
+    return isDone;
 }
 
 void tst_EventlistService::writesFromTheEventLoopAndTellsIt()
@@ -271,6 +288,35 @@ void tst_EventlistService::countsAlarmsOfTheLastBootAsGone()
     m_service->stop();
     start();
     QCOMPARE(alarms(), QStringList({s("id 10")}) + rows);
+}
+
+void tst_EventlistService::forgetsWhatWasRolledBack()
+{
+    m_settings.maximumAlarms = 1;
+    start();
+    m_service->takeEvent(decoded(s("first"), alarm, active), s(":1.1"));
+    m_service->acknowledgeCentralDetector(s("meier"), s(":1.1"));
+    QVERIFY(m_service->flush());
+    QSignalSpy states(m_service.get(), &EventlistService::alarmStatesChanged);
+    QSignalSpy icons(m_service.get(), &EventlistService::iconAvailable);
+    QCOMPARE(m_service->registerHash(s("abcd")), HashRegister::Result::registered);
+
+    // Fails behind the entry about the overflow, when the central detector is set.
+    QVERIFY(runBeside(s("CREATE TRIGGER fails BEFORE INSERT ON meta BEGIN SELECT missing(); END")));
+    DecodedEvent second = decoded(s("second"), alarm, active);
+    second.event.alarmId = s("second");
+    second.event.icon = s("EventlistAlarmOn");
+    second.event.sourceHashes = s("abcd");
+    m_service->takeEvent(second, s(":1.1"));
+    QVERIFY(!m_service->flush());
+    QCOMPARE(states.count() + icons.count(), 0);
+    QVERIFY(runBeside(s("DROP TRIGGER fails")));
+    QVERIFY(m_service->flush());
+    QCOMPARE(states.count(), 1);
+    QCOMPARE(icons.count(), 1);
+    QCOMPARE(eventIds().count(s("EventlistHandler/AlarmlistOverflow")), 1);
+    QCOMPARE(eventIds().count(s("EventlistHandler/CentralDetectorActive")), 2);
+    QCOMPARE(descriptions(), QStringList({s("first"), s("second")}));
 }
 
 QTEST_GUILESS_MAIN(tst_EventlistService)
