@@ -7,6 +7,7 @@
 #include "Platform/IsoDateConverter.h"
 
 #include <QDateTime>
+#include <QDebug>
 #include <QVariant>
 
 namespace eventlistd
@@ -84,7 +85,7 @@ AlarmList::AlarmList(Database& database, int maximumRows, qint64 maximumSize)
 bool AlarmList::load()
 {
     m_rows.clear();
-    m_size = 0;
+    m_sizes[0] = m_sizes[1] = 0;
     for (auto& byActivity : m_counts)
     {
         byActivity[0] = byActivity[1] = 0;
@@ -160,6 +161,18 @@ AlarmList::Effect AlarmList::acknowledge(const QString& alarmId, const QString& 
     return Effect::changed;
 }
 
+AlarmList::Effect AlarmList::endAll()
+{
+    if (!m_states.hasActiveAlarm && !m_states.hasActiveFault)
+    {
+        return Effect::none;
+    }
+    const bool isDone =
+        m_database.run(QStringLiteral("DELETE FROM alarm WHERE active = 1 AND acknowledged = 1")) &&
+        m_database.run(QStringLiteral("UPDATE alarm SET active = 0 WHERE active = 1")) && load();
+    return isDone ? Effect::changed : Effect::failed;
+}
+
 AlarmList::Effect AlarmList::setCentralDetector(bool isActive)
 {
     if (m_isCentralDetectorActive == isActive)
@@ -228,8 +241,8 @@ AlarmList::Effect AlarmList::applyActive(const Event& event, const QString& id)
     const auto found = m_rows.find(id);
     if (found != m_rows.end() && found->isActive)
     {
-        // It was told twice, by a module that was started again: the same occurrence. What it says
-        // now is shown, and an acknowledgement stays.
+        // It was told twice, by a sender that keeps its alarm ids: the same occurrence. What it
+        // says now is shown, and an acknowledgement stays.
         Event before;
         if (!readAlarm(id, before))
         {
@@ -255,15 +268,24 @@ AlarmList::Effect AlarmList::applyActive(const Event& event, const QString& id)
         count(*found, 1);
         return m_database.run(query) ? Effect::changed : Effect::failed;
     }
+    if (!canFit(event.size()))
+    {
+        return Effect::overflow;
+    }
     if (found != m_rows.end() && !remove(id))
     {
         return Effect::failed;
     }
-    if (!makeRoom(event.size()))
+    Effect effect = Effect::occurred;
+    while (!isRoom(event.size()))
     {
-        return m_database.failure() == Database::Failure::none ? Effect::overflow : Effect::failed;
+        if (!removeOldestGone())
+        {
+            return Effect::failed;
+        }
+        effect = Effect::displaced;
     }
-    return write(event, id) ? Effect::occurred : Effect::failed;
+    return write(event, id) ? effect : Effect::failed;
 }
 
 AlarmList::Effect AlarmList::applyInactive(const QString& id)
@@ -290,26 +312,35 @@ AlarmList::Effect AlarmList::applyInactive(const QString& id)
     return Effect::changed;
 }
 
-bool AlarmList::makeRoom(qint64 size)
+// What is gone gives way, all of it if need be; one that comes again replaces its own row.
+bool AlarmList::canFit(qint64 size) const
 {
-    while (m_rows.size() >= m_maximumRows || m_size + size > m_maximumSize)
+    return m_counts[0][1] + m_counts[1][1] < m_maximumRows && m_sizes[1] + size <= m_maximumSize;
+}
+
+bool AlarmList::isRoom(qint64 size) const
+{
+    return m_rows.size() < m_maximumRows && m_sizes[0] + m_sizes[1] + size <= m_maximumSize;
+}
+
+bool AlarmList::removeOldestGone()
+{
+    QString oldest;
+    qint64 oldestEvent = 0;
+    for (auto it = m_rows.constBegin(); it != m_rows.constEnd(); ++it)
     {
-        QString oldest;
-        qint64 oldestEvent = 0;
-        for (auto it = m_rows.constBegin(); it != m_rows.constEnd(); ++it)
+        if (!it->isActive && (oldest.isNull() || it->eventId < oldestEvent))
         {
-            if (!it->isActive && (oldest.isNull() || it->eventId < oldestEvent))
-            {
-                oldest = it.key();
-                oldestEvent = it->eventId;
-            }
-        }
-        if (oldest.isNull() || !remove(oldest))
-        {
-            return false;
+            oldest = it.key();
+            oldestEvent = it->eventId;
         }
     }
-    return true;
+    if (m_limiter.allows())
+    {
+        qWarning() << "The alarm list is full:" << shortened(oldest)
+                   << "gives way without having been acknowledged";
+    }
+    return remove(oldest);
 }
 
 bool AlarmList::write(const Event& event, const QString& id)
@@ -366,7 +397,7 @@ bool AlarmList::readAlarm(const QString& id, Event& alarm)
 void AlarmList::count(const Row& row, int direction)
 {
     m_counts[row.type == fault][row.isActive] += direction;
-    m_size += direction * row.size;
+    m_sizes[row.isActive] += direction * row.size;
 }
 
 void AlarmList::updateStates()

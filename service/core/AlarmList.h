@@ -2,6 +2,7 @@
 
 #include "core/Event.h"
 #include "core/ListAnswer.h"
+#include "core/LogLimiter.h"
 
 #include <QHash>
 
@@ -38,7 +39,9 @@ public:
         changed,
         /// A new alarm or fault, or one that has come again.
         occurred,
-        /// There was no room; the alarm stands in the event list only.
+        /// The same; others that were gone, but not acknowledged, have given way to it.
+        displaced,
+        /// There was no room, and nothing was changed; the alarm stands in the event list only.
         overflow,
         /// Nobody knows the alarm that was named.
         unknown,
@@ -60,6 +63,10 @@ public:
     /// \param alarm  is filled with the alarm when it changed
     Effect acknowledge(const QString& alarmId, const QString& user, qint64 unixTimeMs,
                        Event& alarm);
+
+    /// Counts every alarm as gone: whoever could have said so lives no more. What is acknowledged
+    /// leaves, the other rows stay until they are.
+    Effect endAll();
 
     /// \return changed, none when it was so already, or failed
     Effect setCentralDetector(bool isActive);
@@ -92,7 +99,9 @@ private:
 
     Effect applyActive(const Event& event, const QString& id);
     Effect applyInactive(const QString& id);
-    bool makeRoom(qint64 size);
+    bool canFit(qint64 size) const;
+    bool isRoom(qint64 size) const;
+    bool removeOldestGone();
     bool write(const Event& event, const QString& id);
     bool remove(const QString& id);
     bool readAlarm(const QString& id, Event& alarm);
@@ -105,11 +114,12 @@ private:
     const qint64 m_maximumSize;
     // As the open transaction will leave the file.
     QHash<QString, Row> m_rows;
-    qint64 m_size = 0;
+    qint64 m_sizes[2] = {0, 0};            ///< by active or not
     int m_counts[2][2] = {{0, 0}, {0, 0}}; ///< by fault or not, by active or not
     bool m_isCentralDetectorActive = false;
     qint64 m_refused = 0;
     States m_states;
+    LogLimiter m_limiter;
 };
 
 bool operator==(const AlarmList::States& a, const AlarmList::States& b);

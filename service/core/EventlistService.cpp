@@ -102,14 +102,14 @@ void EventlistService::stop()
 void EventlistService::onReachable()
 {
     m_eventlistSignal.touch();
-    if (m_isTellingAllWanted)
+    if (m_changes.isTellingAllWanted)
     {
         m_alarmlistSignal.touch();
         const AlarmList::States& now = m_alarms.states();
         Q_EMIT alarmStatesChanged(now, {!now.hasAlarm, !now.hasActiveAlarm, !now.hasFault,
                                         !now.hasActiveFault, !now.isCentralDetectorActive});
     }
-    m_isTellingAllWanted = true;
+    m_changes.isTellingAllWanted = true;
 }
 
 bool EventlistService::admitsEvent(const QString& sender)
@@ -278,13 +278,13 @@ HashRegister::Result EventlistService::registerHash(const QString& hash)
 {
     QString icon;
     HashRegister::Result result = HashRegister::Result::failed;
-    if (flush() && m_database.begin())
+    if (flush() && begin())
     {
         result = m_hashes.registerHash(hash, icon);
         if (result == HashRegister::Result::failed || !m_database.commit())
         {
             result = HashRegister::Result::failed;
-            m_database.rollback();
+            rollback();
             onFailure();
         }
     }
@@ -345,10 +345,20 @@ void EventlistService::logStart()
 {
     const bool isSameBoot = !m_settings.bootId.isEmpty() &&
                             m_database.metaValue(bootKey()).toString() == m_settings.bootId;
-    logOwn(isSameBoot ? m_ownEvents.restarted() : m_ownEvents.powerOn());
-    m_database.setMetaValue(bootKey(), m_settings.bootId);
+    if (isSameBoot)
+    {
+        logOwn(m_ownEvents.restarted());
+    }
+    else
+    {
+        Work work;
+        work.kind = Work::Kind::powerOn;
+        work.event = m_ownEvents.powerOn();
+        work.size = work.event.size();
+        enqueue(std::move(work));
+    }
     // After any other end a change may stand in the file that was never told.
-    m_isTellingAllWanted = m_database.metaValue(cleanKey()).toInt() == 0;
+    m_changes.isTellingAllWanted = m_database.metaValue(cleanKey()).toInt() == 0;
     m_database.setMetaValue(cleanKey(), 0);
 }
 
@@ -430,8 +440,7 @@ void EventlistService::onSecond()
 
 bool EventlistService::writeBatch(int count)
 {
-    m_database.clearFailure();
-    if (!m_database.begin())
+    if (!begin())
     {
         onFailure();
         return false;
@@ -441,7 +450,7 @@ bool EventlistService::writeBatch(int count)
         setIdentity(m_queue[size_t(i)]);
         if (!writeOne(m_queue[size_t(i)]))
         {
-            m_database.rollback();
+            rollback();
             onFailure();
             return false;
         }
@@ -466,6 +475,8 @@ bool EventlistService::writeOne(Work& work)
     {
     case Work::Kind::event:
         return writeEvent(work.event);
+    case Work::Kind::powerOn:
+        return writePowerOn(work);
     case Work::Kind::deletion:
         return m_events.removeAll() && writeEvent(work.event);
     case Work::Kind::acknowledgement:
@@ -479,32 +490,53 @@ bool EventlistService::writeOne(Work& work)
             writeOwn(m_ownEvents.centralDetector(false, work.user)));
 }
 
+bool EventlistService::writePowerOn(Work& work)
+{
+    // No module of the last boot is left to say that its alarm has gone, and one that finds it
+    // again reports it under a new id. Where one of the boots has no name nothing is known.
+    const QString lastBoot = m_database.metaValue(bootKey()).toString();
+    if (!lastBoot.isEmpty() && !m_settings.bootId.isEmpty() && lastBoot != m_settings.bootId)
+    {
+        const AlarmList::Effect effect = m_alarms.endAll();
+        if (effect == AlarmList::Effect::failed)
+        {
+            return false;
+        }
+        if (effect == AlarmList::Effect::changed)
+        {
+            qWarning() << "The device was switched on anew: what was active counts as gone";
+            m_changes.hasChangedAlarms = true;
+            m_changes.isTellingAllWanted = true;
+        }
+    }
+    return m_database.setMetaValue(bootKey(), m_settings.bootId) && writeEvent(work.event);
+}
+
 bool EventlistService::writeEvent(Event& event)
 {
-    if (!m_events.append(event) || !m_hashes.apply(event, m_announcements))
+    if (!m_events.append(event) || !m_hashes.apply(event, m_changes.announcements))
     {
         return false;
     }
-    m_hasChangedEvents = true;
+    m_changes.hasChangedEvents = true;
     const AlarmList::Effect effect = m_alarms.apply(event);
-    const bool isFull = effect == AlarmList::Effect::overflow;
-    if (effect == AlarmList::Effect::failed)
+    const bool isLoss =
+        effect == AlarmList::Effect::overflow || effect == AlarmList::Effect::displaced;
+    const bool isNew = isLoss || effect == AlarmList::Effect::occurred;
+    m_changes.hasChangedAlarms = m_changes.hasChangedAlarms ||
+                                 effect == AlarmList::Effect::changed ||
+                                 (isNew && effect != AlarmList::Effect::overflow);
+    if (!isNew)
+    {
+        return effect != AlarmList::Effect::failed;
+    }
+    // One entry for as long as it lasts.
+    const bool wasFull = std::exchange(m_changes.isAlarmlistFull, isLoss);
+    if (isLoss && !wasFull && !writeOwn(m_ownEvents.alarmlistOverflow()))
     {
         return false;
     }
-    if (effect == AlarmList::Effect::changed || effect == AlarmList::Effect::occurred)
-    {
-        m_hasChangedAlarms = true;
-        m_isAlarmlistFull = m_isAlarmlistFull && effect != AlarmList::Effect::occurred;
-    }
-    if (isFull && !std::exchange(m_isAlarmlistFull, true))
-    {
-        return writeOwn(m_ownEvents.alarmlistOverflow());
-    }
-    if (effect != AlarmList::Effect::occurred)
-    {
-        return true;
-    }
+    // Also where the list had no room for it: somebody has to come.
     const AlarmList::Effect detector = m_alarms.setCentralDetector(true);
     return detector == AlarmList::Effect::none ||
            (detector == AlarmList::Effect::changed &&
@@ -541,7 +573,7 @@ bool EventlistService::writeAcknowledgement(const Work& work)
             Event entry = m_ownEvents.alarmAcknowledged(alarm, work.user);
             entry.senderUid = work.event.senderUid;
             entry.senderPid = work.event.senderPid;
-            m_hasChangedAlarms = true;
+            m_changes.hasChangedAlarms = true;
             if (!writeEvent(entry))
             {
                 return false;
@@ -561,8 +593,7 @@ bool EventlistService::storeSpoolItems(QVector<SpoolReader::Item>& items)
     {
         return false;
     }
-    m_database.clearFailure();
-    if (!m_database.begin())
+    if (!begin())
     {
         onFailure();
         return false;
@@ -573,7 +604,7 @@ bool EventlistService::storeSpoolItems(QVector<SpoolReader::Item>& items)
         if (!m_events.rememberSpoolFile(item.key, isRepeated) ||
             (!isRepeated && !writeEvent(item.event)))
         {
-            m_database.rollback();
+            rollback();
             onFailure();
             return false;
         }
@@ -586,20 +617,32 @@ bool EventlistService::storeSpoolItems(QVector<SpoolReader::Item>& items)
     return true;
 }
 
+bool EventlistService::begin()
+{
+    m_database.clearFailure();
+    m_changesBefore = m_changes;
+    return m_database.begin();
+}
+
+void EventlistService::rollback()
+{
+    m_database.rollback();
+    m_changes = m_changesBefore;
+}
+
 bool EventlistService::commit()
 {
     if (m_events.prune() && m_events.saveCounters() && m_database.commit())
     {
         return true;
     }
-    m_database.rollback();
+    rollback();
     onFailure();
     return false;
 }
 
 void EventlistService::onFailure()
 {
-    m_announcements.clear();
     if (m_database.failure() == Database::Failure::damaged)
     {
         replaceDatabase();
@@ -638,8 +681,8 @@ void EventlistService::replaceDatabase()
         return;
     }
     m_database.setMetaValue(bootKey(), m_settings.bootId);
-    m_hasChangedEvents = true;
-    m_hasChangedAlarms = true;
+    m_changes.hasChangedEvents = true;
+    m_changes.hasChangedAlarms = true;
     logOwn(m_ownEvents.databaseFault(true));
     logOwn(m_ownEvents.databaseFault(false));
 }
@@ -650,14 +693,13 @@ void EventlistService::purgeSome()
     {
         return;
     }
-    m_database.clearFailure();
-    if (!m_database.begin())
+    if (!begin())
     {
         onFailure();
     }
     else if (!m_events.purge(rowsPerPurge) || !m_database.commit())
     {
-        m_database.rollback();
+        rollback();
         onFailure();
     }
     else if (m_events.hasLeftovers())
@@ -672,11 +714,11 @@ void EventlistService::announce()
     {
         m_purgeTimer.start();
     }
-    if (std::exchange(m_hasChangedEvents, false))
+    if (std::exchange(m_changes.hasChangedEvents, false))
     {
         m_eventlistSignal.touch();
     }
-    if (std::exchange(m_hasChangedAlarms, false))
+    if (std::exchange(m_changes.hasChangedAlarms, false))
     {
         m_alarmlistSignal.touch();
     }
@@ -685,7 +727,7 @@ void EventlistService::announce()
         const AlarmList::States before = std::exchange(m_toldStates, m_alarms.states());
         Q_EMIT alarmStatesChanged(m_toldStates, before);
     }
-    const auto announcements = std::exchange(m_announcements, {});
+    const auto announcements = std::exchange(m_changes.announcements, {});
     for (auto it = announcements.begin(); it != announcements.end(); ++it)
     {
         Q_EMIT iconAvailable(it.key(), it.value());

@@ -115,6 +115,8 @@ private:
         enum class Kind
         {
             event,
+            /// The first start after the device was switched on.
+            powerOn,
             deletion,
             acknowledgement,
             detectorAcknowledgement
@@ -125,6 +127,17 @@ private:
         QString user;
         QString sender;
         qint64 size = 0;
+    };
+
+    /// What a transaction changes beside the file, and what is to be told after it.
+    struct Changes
+    {
+        bool hasChangedEvents = false;
+        bool hasChangedAlarms = false;
+        bool isTellingAllWanted = false;
+        /// The last alarm found no room of its own, which stands in the event list already.
+        bool isAlarmlistFull = false;
+        QMap<QString, QString> announcements;
     };
 
     bool openDatabase();
@@ -138,10 +151,13 @@ private:
     void purgeSome();
     bool writeBatch(int count);
     bool writeOne(Work& work);
+    bool writePowerOn(Work& work);
     bool writeEvent(Event& event);
     bool writeOwn(const Event& event);
     bool writeAcknowledgement(const Work& work);
     bool storeSpoolItems(QVector<SpoolReader::Item>& items);
+    bool begin();
+    void rollback();
     bool commit();
     void onFailure();
     void onStoring();
@@ -167,13 +183,11 @@ private:
     qint64 m_lastBatchMs = 0;
     qint64 m_oldestQueuedMs = 0;
 
-    // What the open transaction has changed, and what is to be told after it.
-    bool m_hasChangedEvents = false;
-    bool m_hasChangedAlarms = false;
-    bool m_isAlarmlistFull = false;
-    QMap<QString, QString> m_announcements;
+    // What the open transaction has changed, and as it was when that began.
+    Changes m_changes;
+    Changes m_changesBefore;
+    // What is told after it.
     AlarmList::States m_toldStates;
-    bool m_isTellingAllWanted = true;
     CoalescedSignal m_eventlistSignal;
     CoalescedSignal m_alarmlistSignal;
 

@@ -166,6 +166,46 @@ class Overflow(AlarmTest):
                               if row["AlarmID"] in "ef"]), 2)
 
 
+    def overflows(self):
+        return len(self.client.part(second=["EventlistHandler/AlarmlistOverflow"]).rows)
+
+    def test_an_alarm_without_room_sets_the_central_detector(self):
+        for id_ in ["a", "b", "c"]:
+            self.alarm(id_, ON)
+        self.client.acknowledge_central()
+        for id_ in ["d", "e"]:
+            self.assertEqual(self.states()[4], 0)
+            recorder = SignalRecorder(self.bus)
+            self.alarm(id_, ON)
+            self.assertEqual(self.states()[4], 1)
+            recorder.wait_for(lambda signals: recorder.values("changedCentralDetector") == [[True]],
+                              "detector")
+            recorder.close()
+            self.client.acknowledge_central()
+        self.assertEqual(sorted(self.listed()), ["a", "b", "c"])
+        entries = self.client.part(second=["EventlistHandler/CentralDetectorActive"]).rows
+        self.assertEqual(len(entries), 3)
+        self.assertEqual(self.overflows(), 1)
+
+    def test_what_gives_way_without_acknowledgement_is_reported(self):
+        for id_ in ["a", "b", "c"]:
+            self.alarm(id_, ON)
+        self.alarm("b", OFF)
+        self.assertEqual(self.overflows(), 0)
+        recorder = SignalRecorder(self.bus)
+        self.alarm("d", ON)
+        self.assertEqual(self.overflows(), 1)
+        recorder.wait_for(lambda signals: "changedAlarmlist" in recorder.members(), "list changed")
+        recorder.close()
+        wait_for(lambda: any('"b" gives way' in line for line in self.service.lines), "warning")
+        # Once there is room again, the next loss is another one.
+        self.client.acknowledge(["a"])
+        self.alarm("a", OFF)
+        self.alarm("e", ON)
+        self.alarm("f", ON)
+        self.assertEqual(self.overflows(), 2)
+
+
 class Durable(AlarmTest):
     def test_list_acknowledgements_and_detector_survive_kills(self):
         self.alarm("a", ON)

@@ -3,6 +3,8 @@
 #include "TestSupport/FakeTextManager.h"
 
 #include <QSignalSpy>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -42,11 +44,16 @@ private Q_SLOTS:
     void keepsTheOrderOfEventsAndCommands();
     void tellsStatesOnceAndOnlyWhenTheyDiffer();
     void tellsEverythingAfterAnEndThatWasNoOrderlyOne();
+    void countsAlarmsOfTheLastBootAsGone_data();
+    void countsAlarmsOfTheLastBootAsGone();
+    void forgetsWhatWasRolledBack();
 
 private:
     void start();
     QStringList descriptions();
     QStringList eventIds();
+    QStringList alarms();
+    bool runBeside(const QString& sql);
 
     FakeTextManager m_texts;
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -99,6 +106,36 @@ QStringList tst_EventlistService::eventIds()
         all.append(row.constFirst());
     }
     return all;
+}
+
+// Of each row the id, and active and acknowledged as two digits.
+QStringList tst_EventlistService::alarms()
+{
+    QString error;
+    const QVariantMap answer = m_service->alarms(QString(), error);
+    const QStringList header = answer.value(s("header")).toStringList();
+    const int idColumn = header.indexOf(s("AlarmID"));
+    const int activeColumn = header.indexOf(s("AlarmActive"));
+    QStringList all;
+    for (const QStringList& row : answer.value(s("data")).value<Rows>())
+    {
+        all.append(row.at(idColumn) + QLatin1Char(' ') + row.at(activeColumn) +
+                   row.at(activeColumn + 1));
+    }
+    return error.isEmpty() ? all : QStringList(error);
+}
+
+// Through a connection of its own, as another program would.
+bool tst_EventlistService::runBeside(const QString& sql)
+{
+    bool isDone = false;
+    {
+        QSqlDatabase database = QSqlDatabase::addDatabase(s("QSQLITE"), s("beside"));
+        database.setDatabaseName(m_settings.databasePath);
+        isDone = database.open() && QSqlQuery(database).exec(sql);
+    }
+    QSqlDatabase::removeDatabase(s("beside"));
+    return isDone;
 }
 
 void tst_EventlistService::writesFromTheEventLoopAndTellsIt()
@@ -210,6 +247,76 @@ void tst_EventlistService::tellsEverythingAfterAnEndThatWasNoOrderlyOne()
     QSignalSpy second(m_service.get(), &EventlistService::alarmStatesChanged);
     m_service->onReachable();
     QCOMPARE(second.count(), 1);
+}
+
+void tst_EventlistService::countsAlarmsOfTheLastBootAsGone_data()
+{
+    QTest::addColumn<QString>("secondBoot");
+    QTest::addColumn<QStringList>("rows");
+    QTest::addColumn<bool>("isActive");
+    const QStringList before({s("open 10"), s("acknowledged 11")});
+    QTest::newRow("same boot") << s("first boot") << before << true;
+    QTest::newRow("new boot") << s("second boot") << QStringList({s("open 00")}) << false;
+    QTest::newRow("unknown") << QString() << before << true;
+}
+
+void tst_EventlistService::countsAlarmsOfTheLastBootAsGone()
+{
+    QFETCH(QString, secondBoot);
+    QFETCH(QStringList, rows);
+    QFETCH(bool, isActive);
+    start();
+    for (const char* id : {"acknowledged", "open"})
+    {
+        DecodedEvent event = decoded(s("on"), alarm, active);
+        event.event.alarmId = s(id);
+        m_service->takeEvent(event, s(":1.1"));
+    }
+    m_service->acknowledgeAlarms({s("acknowledged")}, s("meier"), s(":1.1"));
+    m_service->flush();
+    m_service->stop();
+    m_settings.bootId = secondBoot;
+    start();
+    QCOMPARE(alarms(), rows);
+    QCOMPARE(m_service->alarmState().value(s("ActiveAlarmInAlarmlist")).toBool(), isActive);
+    // Nobody could hear it when it happened.
+    QSignalSpy spy(m_service.get(), &EventlistService::alarmStatesChanged);
+    m_service->onReachable();
+    QCOMPARE(spy.count(), isActive ? 0 : 1);
+    // It happens once: the next start of the service is no start of the device.
+    m_service->takeEvent(decoded(s("new"), alarm, active), s(":1.1"));
+    m_service->stop();
+    start();
+    QCOMPARE(alarms(), QStringList({s("id 10")}) + rows);
+}
+
+void tst_EventlistService::forgetsWhatWasRolledBack()
+{
+    m_settings.maximumAlarms = 1;
+    start();
+    m_service->takeEvent(decoded(s("first"), alarm, active), s(":1.1"));
+    m_service->acknowledgeCentralDetector(s("meier"), s(":1.1"));
+    QVERIFY(m_service->flush());
+    QSignalSpy states(m_service.get(), &EventlistService::alarmStatesChanged);
+    QSignalSpy icons(m_service.get(), &EventlistService::iconAvailable);
+    QCOMPARE(m_service->registerHash(s("abcd")), HashRegister::Result::registered);
+
+    // Fails behind the entry about the overflow, when the central detector is set.
+    QVERIFY(runBeside(s("CREATE TRIGGER fails BEFORE INSERT ON meta BEGIN SELECT missing(); END")));
+    DecodedEvent second = decoded(s("second"), alarm, active);
+    second.event.alarmId = s("second");
+    second.event.icon = s("EventlistAlarmOn");
+    second.event.sourceHashes = s("abcd");
+    m_service->takeEvent(second, s(":1.1"));
+    QVERIFY(!m_service->flush());
+    QCOMPARE(states.count() + icons.count(), 0);
+    QVERIFY(runBeside(s("DROP TRIGGER fails")));
+    QVERIFY(m_service->flush());
+    QCOMPARE(states.count(), 1);
+    QCOMPARE(icons.count(), 1);
+    QCOMPARE(eventIds().count(s("EventlistHandler/AlarmlistOverflow")), 1);
+    QCOMPARE(eventIds().count(s("EventlistHandler/CentralDetectorActive")), 2);
+    QCOMPARE(descriptions(), QStringList({s("first"), s("second")}));
 }
 
 QTEST_GUILESS_MAIN(tst_EventlistService)
