@@ -5,7 +5,7 @@
 #   platform              the stand-in for the device's closed services, and the common texts; a device that has
 #                         its own services leaves this out
 #   platform-development  the stand-in's headers and link name
-#   service               the reference central service
+#   service               the reference central service and the interfaces of its objects
 #   tools                 the command line tool
 #
 # Nothing is made below the data root: the spool folder belongs to whoever runs the central service.
@@ -38,8 +38,15 @@ if(EVENTLISTHANDLER_TEXT_FOLDER)
 endif()
 
 # Where D-Bus tools look for interfaces.
+set(interface_folder "${CMAKE_INSTALL_DATADIR}/dbus-1/interfaces")
 install(FILES "${PROJECT_SOURCE_DIR}/src/EventProvider/interfaces/Interface.Events.xml"
-    DESTINATION "${CMAKE_INSTALL_DATADIR}/dbus-1/interfaces" COMPONENT development)
+    DESTINATION "${interface_folder}" COMPONENT development)
+if(TARGET eventlistd)
+    foreach(interface AlarmlistRead AlarmlistWrite Event EventlistRead EventlistWrite RegisterHash)
+        install(FILES "${PROJECT_SOURCE_DIR}/service/interfaces/Interface.${interface}.xml"
+            DESTINATION "${interface_folder}" COMPONENT service)
+    endforeach()
+endif()
 
 # A program finds the libraries beside it, wherever the prefix is. CMAKE_SKIP_INSTALL_RPATH leaves that out for
 # packages whose libraries lie where the loader looks.

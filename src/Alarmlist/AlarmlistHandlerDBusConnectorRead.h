@@ -51,7 +51,8 @@ public:
     bool changedFlagAlarmlist();
 
     /// Polling mode: true when a change was reported that was not asked for yet. Changes are given
-    /// one at each call, oldest first, so ask until it is false.
+    /// one at each call, oldest first, so ask until it is false; of more than 4096 not yet asked for
+    /// the oldest are gone.
     /// \param state  receives the state that was reported; untouched when the result is false
     /// Failure: false in signal mode, after a warning.
     bool changedFlagAlarmInAlarmlist(bool& state);

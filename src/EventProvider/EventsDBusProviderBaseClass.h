@@ -32,7 +32,8 @@ class TextManager;
 ///         Q_OBJECT
 ///         Q_CLASSINFO("D-Bus Interface", "Interface.Events")
 ///     public:
-///         PumpEvents() : EventsDBusProviderBaseClass("PumpControl", "PumpControl", m_texts, "") {}
+///         explicit PumpEvents(const QVector<TextManagerData>& texts)
+///             : EventsDBusProviderBaseClass("PumpControl", "PumpControl", texts, "") {}
 ///     public Q_SLOTS:
 ///         void logEvent(const QStringList& eventAttributes, const QString& timestamp,
 ///                       const QString& moduleName, const QVariantMap& descriptionData,
@@ -41,6 +42,8 @@ class TextManager;
 ///             logEventWithDescriptionInDBusFormat(eventAttributes, timestamp, moduleName,
 ///                                                 descriptionData, keywords, user, alarmId);
 ///         }
+///     Q_SIGNALS:
+///         void eventLogged(const QString& moduleName);
 ///     };
 ///
 /// The Q_CLASSINFO line is needed for signals: without it Qt sends them under a name of its own. It

@@ -35,6 +35,7 @@ def expected_files(libdir, source):
     public = listed(source / "src/CMakeLists.txt", "public_headers")
     platform = listed(source / "platform/CMakeLists.txt", "api_headers")
     texts = [path.stem for path in (source / "platform/standin/texts").glob("*.ts")]
+    interfaces = [path.name for path in (source / "service/interfaces").glob("*.xml")]
     return {
         "runtime": [rf"{libdir}/libEventlistHandler\.so\.1\.\d+\.\d+", rf"{libdir}/libEventlistHandler\.so\.1"],
         "development": [
@@ -50,7 +51,8 @@ def expected_files(libdir, source):
             rf"{libdir}/libEventlistHandlerPlatform\.so",
             rf"{package}PlatformTargets\.cmake", rf"{package}PlatformTargets-\w+\.cmake",
             *(re.escape(f"{headers}Platform/{header}") for header in platform)],
-        "service": [r"bin/eventlistd"],
+        "service": [
+            r"bin/eventlistd", *(rf"share/dbus-1/interfaces/{re.escape(name)}" for name in interfaces)],
         "tools": [r"bin/eventlist"],
     }
 
