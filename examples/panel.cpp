@@ -1,5 +1,6 @@
 // The other side of an alarm: a panel that hears how the alarm list changes, and which icon belongs
-// to a source of events. It prints what it hears, until Enter or the end of its input.
+// to a source of events. It prints how it stands at the start, and then what it hears, until Enter or
+// the end of its input.
 //     panel machine/memory
 
 #include "Alarmlist/AlarmlistHandlerDBusConnectorRead.h"
@@ -9,8 +10,10 @@
 #include "Platform/RecorderUrlHashHandling.h"
 
 #include <QCoreApplication>
+#include <QDBusArgument>
 #include <QSocketNotifier>
 #include <QTextStream>
+#include <QVariantMap>
 
 #include <cstdio>
 
@@ -38,6 +41,17 @@ int main(int argc, char** argv)
                      [](bool isTrue) { say("an alarm stands in the list", isTrue); });
     QObject::connect(alarms.data(), &AlarmList::changedCentralDetector,
                      [](bool isTrue) { say("the horn sounds", isTrue); });
+
+    // A signal tells a change. How it stands before the first one is asked for once, when the
+    // subscriptions are there already, so that nothing can happen in between.
+    const DBusPendingReply::SharedPointer answer = alarms->getAlarmState(QString());
+    if (!answer.isNull())
+    {
+        answer->waitForFinished();
+        const auto state = qdbus_cast<QVariantMap>(answer->values().value(0));
+        say("at the start, alarms", state.value(QStringLiteral("AlarmInAlarmlist")).toBool());
+        say("at the start, the horn", state.value(QStringLiteral("CentralDetector")).toBool());
+    }
 
     // The worker listens; the connector asks the service to announce the icon of the hash.
     const QByteArray tag = QCoreApplication::arguments().value(1).toUtf8();

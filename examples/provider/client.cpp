@@ -1,5 +1,6 @@
 // Logs an event through the provider of the module "PumpControl", over QtDBus alone: a client needs
 // nothing of this library.
+//     pump_client [name of the module that reports]
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -39,8 +40,8 @@ int main(int argc, char** argv)
         QStringLiteral("Interface.Events"), QStringLiteral("logEvent"));
     call << QStringList{QStringLiteral("3"), QStringLiteral("0"), QStringLiteral("EventlistEvent")}
          << now.toOffsetFromUtc(now.offsetFromUtc()).toString(Qt::ISODateWithMs)
-         << QStringLiteral("cpp-client") << description << QStringList{QStringLiteral("Status")}
-         << QString() << QString();
+         << QCoreApplication::arguments().value(1, QStringLiteral("cpp-client")) << description
+         << QStringList{QStringLiteral("Status")} << QString() << QString();
 
     const QDBusMessage answer =
         QDBusConnection::connectToBus(QDBusConnection::SystemBus, QStringLiteral("client"))

@@ -1,7 +1,11 @@
 #!/usr/bin/python3
-"""Logs an event through the provider of the module "PumpControl". Needs python3-dbus and nothing of this library."""
+"""Logs an event through the provider of the module "PumpControl". Needs python3-dbus and nothing of this library.
+
+    client.py [name of the module that reports]
+"""
 
 import datetime
+import sys
 
 import dbus
 
@@ -25,7 +29,7 @@ description["Arguments"] = entries({"Placeholder": "%2", "Argument": "97.5"})
 events = dbus.Interface(dbus.SystemBus().get_object("org.eventlist.PumpControl", "/Events"), "Interface.Events")
 events.logEvent(["3", "0", "EventlistEvent"],
                 datetime.datetime.now().astimezone().isoformat(timespec="milliseconds"),
-                "python-client",
+                sys.argv[1] if len(sys.argv) > 1 else "python-client",
                 dbus.Dictionary(description, signature="sv"),
                 ["Status"],
                 "",   # user

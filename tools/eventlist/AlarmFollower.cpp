@@ -1,5 +1,8 @@
 #include "eventlist/AlarmFollower.h"
 
+#include "eventlist/ExitCode.h"
+#include "eventlist/Service.h"
+
 #include "Alarmlist/AlarmlistHandlerDBusConnectorRead.h"
 #include "Definitions/EventlistHandlerDefinitions.h"
 
@@ -52,7 +55,7 @@ AlarmFollower::AlarmFollower(const QSharedPointer<AlarmlistHandlerDBusConnectorR
     using Connector = AlarmlistHandlerDBusConnectorRead;
     connect(m_connector.data(), &Connector::changedAlarmlist, this, &AlarmFollower::look);
     connect(m_connector.data(), &Connector::changedCentralDetector, this,
-            [this](bool isOn) { m_printer.printCentralDetector(isOn); });
+            &AlarmFollower::tellCentralDetector);
 }
 
 DBusPendingReply::SharedPointer AlarmFollower::ask()
@@ -72,10 +75,52 @@ bool AlarmFollower::take(const ListReply& list)
     }
     m_hasList = true;
     m_list = list;
+    if (m_isStateWanted)
+    {
+        askState();
+    }
     return false;
 }
 
-void AlarmFollower::serviceIsBack() {}
+void AlarmFollower::serviceIsBack()
+{
+    m_isStateWanted = true;
+    m_isCentralDetectorOn.reset();
+}
+
+// A signal tells a change only: a horn that sounds already has to be asked for.
+void AlarmFollower::askState()
+{
+    m_stateReply = m_connector->getAlarmState(QString());
+    m_isStateWanted = m_stateReply.isNull();
+    if (!m_isStateWanted)
+    {
+        connect(m_stateReply.data(), &DBusPendingReply::finished, this, &AlarmFollower::takeState);
+    }
+}
+
+void AlarmFollower::takeState()
+{
+    const DBusPendingReply::SharedPointer reply = m_stateReply;
+    m_stateReply.reset();
+    QVariantMap state;
+    // What a restart has cut off is asked for anew when the service is back.
+    if (!reply.isNull() && m_connector->isDBusInterfaceValid() &&
+        Service::waitForDictionary(*m_connector, reply, state) == ExitCode::success)
+    {
+        tellCentralDetector(state.value(QStringLiteral("CentralDetector")).toBool());
+    }
+}
+
+// The answer and a signal may tell the same.
+void AlarmFollower::tellCentralDetector(bool isOn)
+{
+    if (m_isCentralDetectorOn != isOn)
+    {
+        m_isCentralDetectorOn = isOn;
+        m_printer.printCentralDetector(isOn);
+    }
+}
 
 void AlarmFollower::printDifferences(const ListReply& now)
 {

@@ -6,9 +6,11 @@
 
 #include <QSharedPointer>
 
+#include <optional>
+
 class AlarmlistHandlerDBusConnectorRead;
 
-/// Prints the alarm list, then its changes as they come.
+/// Prints the alarm list and the state of the central detector, then their changes as they come.
 class AlarmFollower : public Follower
 {
     Q_OBJECT
@@ -23,6 +25,9 @@ protected:
 
 private:
     void printDifferences(const ListReply& now);
+    void askState();
+    void takeState();
+    void tellCentralDetector(bool isOn);
 
     const QSharedPointer<AlarmlistHandlerDBusConnectorRead> m_connector;
     const QString m_language;
@@ -30,4 +35,7 @@ private:
     AlarmPrinter m_printer;
     bool m_hasList = false;
     ListReply m_list;
+    DBusPendingReply::SharedPointer m_stateReply;
+    bool m_isStateWanted = true;
+    std::optional<bool> m_isCentralDetectorOn; ///< as it was printed last
 };

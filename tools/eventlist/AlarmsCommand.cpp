@@ -40,7 +40,7 @@ QVector<Option> AlarmsCommand::options() const
     return {
         {{QStringLiteral("f"), QStringLiteral("follow")},
          QString(),
-         QStringLiteral("then print every change as it comes")},
+         QStringLiteral("then print every change as it comes, also of the central detector")},
         {{QStringLiteral("l"), QStringLiteral("language")},
          QStringLiteral("LANGUAGE"),
          QStringLiteral("de, en, fr ... or all; without it, that of your locale,\n"

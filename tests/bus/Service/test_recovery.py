@@ -82,21 +82,6 @@ class Kills(ServiceTest):
         self.assertEqual(texts, sorted(set(texts), reverse=True))
         self.assertTrue(set(seen).issubset({row["EventlistId"] for row in rows}))
 
-    def test_two_hundred_restarts_lose_no_acknowledgement(self):
-        for number in range(20):
-            self.client.log_event(type_=0, state=1, alarm_id="a%d" % number)
-        self.client.alarms()
-        for number in range(200):
-            id_ = "a%d" % (number % 20)
-            if number < 20:
-                self.client.acknowledge([id_], "user%d" % number)
-                self.client.alarm_state()
-            self.client.log_event(description=str(number), module="traffic")
-            self.service.kill()
-            self.service.start()
-        rows = {row["AlarmID"]: row["AcknowledgedBy"] for row in self.client.alarms().rows}
-        self.assertEqual(rows, {"a%d" % number: "user%d" % number for number in range(20)})
-
 
 class BusFailures(ServiceTest):
     def test_it_comes_back_after_restarts_of_the_daemon(self):

@@ -11,6 +11,11 @@ VALVE = "{6f1c2a8e-ffff-4e57-9a41-0d2c7be41f05}"
 FAULT = "{11111111-3b0d-4e57-9a41-0d2c7be41f05}"
 
 
+def detector(program):
+    """What has been told about the central detector."""
+    return [line.split()[2].strip(".") for line in program.lines() if line.startswith("Central detector: ")]
+
+
 class EventlistAlarms(unittest.TestCase):
     def setUp(self):
         self.device = self.enterContext(Device())
@@ -97,10 +102,30 @@ class EventlistAlarms(unittest.TestCase):
         program.wait_for("Central detector: ON")
         change("acknowledged", lambda: self.device.eventlist("ack", PUMP))
         self.device.eventlist("ack", "--central")
-        program.wait_for("Central detector: off")
+        wait_until(lambda: program.read() or detector(program) == ["off", "ON", "off"], "the horn is silent")
         change("left list", lambda: self.alarm(PUMP, "pump", 2))
         changes = [line.split("  ")[1].strip() for line in program.lines() if line.endswith("  pump")]
         self.assertEqual(changes, ["came", "acknowledged", "left list"])
+        self.assertEqual(detector(program), ["off", "ON", "off"])
+
+    def test_follows_with_a_central_detector_that_is_on_already(self):
+        self.alarm(PUMP, "pump", 1)
+        program = self.device.start_eventlist("alarms", "--follow", "--language", "en")
+        program.wait_for("Central detector: ON. Silence it with 'eventlist ack --central'.\n")
+        self.assertIn("pump", program.lines()[1])
+        self.device.kill_service()
+        program.wait_for("waiting for it", "err")
+        self.device.start_service()
+        wait_until(lambda: program.read() or detector(program) == ["ON", "ON"], "the state is told again")
+        self.assertEqual(self.device.eventlist("ack", "--central").returncode, 0)
+        program.wait_for("Central detector: off.\n")
+        self.assertEqual(detector(program), ["ON", "ON", "off"])
+
+    def test_tells_programs_the_state_of_the_central_detector_at_once(self):
+        program = self.device.start_eventlist("alarms", "--follow", "--json")
+        program.wait_for('{"Change":"central detector","CentralDetector":false}\n')
+        self.alarm(PUMP, "pump", 1)
+        program.wait_for('{"Change":"central detector","CentralDetector":true}\n')
 
     def test_follows_on_after_a_restart_of_the_service(self):
         self.alarm(PUMP, "pump", 1)

@@ -54,6 +54,8 @@ class Demo(unittest.TestCase):
         for words in ("Watching the machine", "Überwachung der Maschine", '"EventId": "MachineWatch/Readings"',
                       "Mesures\u00a0: charge", "panel: an active alarm stands in the list: yes",
                       "acknowledged by anna", "The alarm list is empty.", "shows the icon EventlistAlarmOn",
+                      "panel: an alarm stands in the list: no", "shows the icon EventlistAlarmOff",
+                      "Alarms acknowledged via eventlist: Memory use is above its limit",
                       "is missing", "Surchauffe de la pompe 3", "Nothing was left running."):
             self.assertIn(words, done.stdout)
         self.assertEqual(folders() - self.before, set())

@@ -125,6 +125,8 @@ class Examples(unittest.TestCase):
     def test_panel_hears_alarms_and_the_icon_of_a_source(self):
         panel = self.device.start(EXAMPLES / "panel", "machine/memory")
         panel.wait_for("panel: listening")
+        self.assertEqual(panel.lines(), ["panel: at the start, alarms: no", "panel: at the start, the horn: no",
+                                         "panel: listening"])
         watch = self.device.start(EXAMPLES / "machinewatch", self.device.folder)
         watch.wait_for("watching:")
         watch.type("limit memory 0.001 anna\n")
@@ -134,7 +136,10 @@ class Examples(unittest.TestCase):
         watch.type("limit memory 100 anna\n")
         panel.wait_for("panel: an active alarm stands in the list: no\n")
         panel.wait_for("panel: machine/memory shows the icon EventlistAlarmOff\n")
-        for program in (panel, watch):
+        # Nobody has acknowledged: who comes now hears of no change, and knows nevertheless.
+        late = self.device.start(EXAMPLES / "panel", "machine/memory")
+        late.wait_for("panel: at the start, alarms: yes\npanel: at the start, the horn: yes\npanel: listening\n")
+        for program in (panel, late, watch):
             program.end_input()
             self.assertEqual((program.wait(), program.err), (0, ""))
 
@@ -183,6 +188,41 @@ class Examples(unittest.TestCase):
                        KeywordName=["Status"], User="", AlarmID="", Description=OVERTEMPERATURE,
                        MetaData=events[0]["MetaData"])
             self.assertRegex(event["DateTimeMsUTC"], r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}[+-]\d\d:\d\d$")
+        provider.end_input()
+        self.assertEqual((provider.wait(), provider.err), (0, ""))
+
+
+    # The same event for busctl, which wants each array and each variant counted and typed.
+    TEXT = ("textSource i 0 moduleName s PumpControl ObjectName s PumpControl InstanceName s".split() + ["", "url", "s"])
+    BUSCTL = (["busctl", "--system", "call", "org.eventlist.PumpControl", "/Events", "Interface.Events", "logEvent",
+               "asssa{sv}asss", "3", "3", "0", "EventlistEvent", "2026-03-14T09:26:53.589+01:00", "PumpClient", "7"]
+              + TEXT + ["PumpControl/OverTemperature", "UrlArguments", "av", "1", "a{sv}", "6"]
+              + TEXT + ["PumpControl/Pump3", "Placeholder", "s", "%1"]
+              + "Arguments av 1 a{sv} 2 Placeholder s %2 Argument s 97.5".split() + ["1", "Status", "", ""])
+
+    def test_four_kinds_of_clients_leave_the_same_event_through_a_provider(self):
+        provider = self.device.start(EXAMPLES / "pump_provider")
+        provider.wait_for("pump_provider: offers org.eventlist.PumpControl")
+        wait_until(lambda: self.device.connection.name_has_owner("org.eventlist.PumpControl"), "the provider is there")
+        clients = {"QtDBus": [EXAMPLES / "pump_client", "PumpClient"],
+                   "python": [SOURCES / "provider" / "client.py", "PumpClient"],
+                   "gdbus": [SOURCES / "provider" / "client.sh", "PumpClient"],
+                   "busctl": self.BUSCTL}
+        own = {"EventlistId", "DateTimeMsUTC", "DateTimeLocal", "TimestampUtc", "TimestampOffset"}
+        for number, (client, command) in enumerate(clients.items(), 1):
+            with self.subTest(client):
+                done = self.device.run(*command)
+                self.assertEqual((done.returncode, done.stderr), (0, ""))
+                events = wait_until(lambda number=number: len(self.events()) == number and self.events(),
+                                    "the event is in the list")
+                columns = {key: value for key, value in events[-1].items() if key not in own}
+                self.assertEqual(columns, {
+                    "EventType": 3, "State": 0, "IconType": "EventlistEvent", "ModuleName": "PumpClient", "User": "",
+                    "EventId": "PumpControl/OverTemperature", "AlarmID": "", "Description": OVERTEMPERATURE,
+                    "KeywordName": ["Status"], "MetaData": columns["MetaData"], "SourceHashType": 0,
+                    "SourceHashes": ""})
+                self.assertEqual(columns["MetaData"], events[0]["MetaData"])
+                self.assertEqual(columns["MetaData"]["Arguments"]["%2"], {"type": "string", "value": "97.5"})
         provider.end_input()
         self.assertEqual((provider.wait(), provider.err), (0, ""))
 
