@@ -29,10 +29,10 @@ import dbus.lowlevel
 from dbus.mainloop.glib import DBusGMainLoop
 from gi.repository import GLib
 
-from provider_messages import (CONFIGURATION_FOLDER, CONFIGURATION_INSTANCE, INTERFACE, PATH, PROVIDER, MessageMaker,
-                               makes_an_event)
+from provider_messages import (BUS_PREFIX, CONFIGURATION_FOLDER, CONFIGURATION_INSTANCE, INTERFACE, PATH, PROVIDER,
+                               MessageMaker, makes_an_event)
 
-SERVICE = "org.eventlist.EventlistHandler"
+SERVICE = BUS_PREFIX + ".EventlistHandler"
 COUNTER = "org.eventlist.EventCounter"
 START_S = 60
 # A system bus in all that matters here. It takes what a fast sender has in hand, and forged signals.
@@ -69,6 +69,15 @@ GROWTH_MIB = 16
 
 class Failure(Exception):
     """What the provider did wrong."""
+
+
+class Crash(Failure):
+    """The provider's process has ended."""
+
+
+def listed(lines):
+    """Each line once, because a report stands behind thousands of equal warnings."""
+    return "\n  ".join(["", *(line[:300] for line in list(dict.fromkeys(lines))[:60])])
 
 
 def deadline(seconds):
@@ -154,7 +163,10 @@ class Provider:
 
     def wait_end(self):
         with contextlib.suppress(subprocess.TimeoutExpired):
-            self._process.wait(START_S)
+            self._process.wait(START_S / 4)
+
+    def kill(self):
+        self._process.kill()
 
     def resident_mib(self):
         with open(f"/proc/{self._process.pid}/status", encoding="ascii") as status:
@@ -217,7 +229,7 @@ class Harness:
             connection.close()
         lines = self.provider.foreign_lines()
         if lines:
-            raise Failure("it says\n  " + "\n  ".join(line[:300] for line in lines[:60]))
+            raise Failure("it says" + listed(lines))
         if events != expected:
             raise Failure(f"{expected} messages are events, the service got {events}")
         self.events += events
@@ -232,42 +244,43 @@ class Harness:
             # The bus says at once that its owner is gone; a process that writes its report ends a little later.
             if time.monotonic() - begin < self.arguments.answer_s / 2:
                 self.provider.wait_end()
-            raise Failure(self.silence(error)) from error
+            raise self.reason_of_silence(error) from error
         self.longest_answer_s = max(self.longest_answer_s, time.monotonic() - begin)
         if INTERFACE not in answer.get_args_list()[0]:
             raise Failure("the provider's object is gone")
 
-    def silence(self, error):
+    def reason_of_silence(self, error):
         if self.provider.is_alive():
-            return f"no answer within {self.arguments.answer_s} s: {error}"
-        lines = self.provider.foreign_lines()
-        return f"crashed, {self.provider.how_it_ended()}\n  " + "\n  ".join(line[:300] for line in lines[:60])
+            return Failure(f"alive, but gives no answer within {self.arguments.answer_s} s: {error}")
+        return Crash(f"crashed, {self.provider.how_it_ended()}" + listed(self.provider.foreign_lines()))
 
     def restart(self):
+        self.provider.kill()
         self.provider.end()
         self.provider.foreign_lines()
         self.provider = Provider(self.arguments.program, self.bus, self.folder)
 
-    def find_message(self, first, count):
-        """The index of the message that fails by itself, or None."""
+    def find_message(self, failure, first, count):
+        """The index of the message that does the same by itself, or None."""
         for index in range(first, first + count):
             try:
                 self.send(index, 1)
-            except Failure:
-                return index
+            except Failure as found:
+                if isinstance(found, type(failure)):
+                    return index
         return None
 
     def report(self, failure, first, count):
         print(f"FAILED, seed {self.arguments.seed}, messages {first} to {first + count - 1}: {failure}", flush=True)
         self.restart()
-        index = self.find_message(first, count)
+        index = self.find_message(failure, first, count)
         if index is None:
             command = f"--first {first} --count {count}"
         else:
             command = f"--first {index} --count 1"
-            self.restart()
+        self.restart()
         print(f"repeat with: provider_bus.py {self.arguments.program} --seed {self.arguments.seed} {command}", flush=True)
-        self.failures.append(str(failure))
+        self.failures.append(failure)
 
     def run(self):
         is_in_time = deadline(self.arguments.seconds)
@@ -283,14 +296,15 @@ class Harness:
             self.resident_mib.append(self.provider.resident_mib())
             if time.monotonic() - reported > self.arguments.progress_s:
                 reported = time.monotonic()
-                print(f"{self.done} messages, {reported - begin:.0f} s, {self.resident_mib[-1]:.0f} MiB", flush=True)
+                print(f"seed {self.arguments.seed}: {self.done} messages, {reported - begin:.0f} s, "
+                      f"{self.resident_mib[-1]:.0f} MiB", flush=True)
         elapsed = time.monotonic() - begin
         self.check_memory()
         code = self.provider.end()
         lines = self.provider.foreign_lines()
         if code != 0 or lines:
-            self.failures.append(f"the end of the provider: {code}")
-            print("FAILED at its end:", code, *lines[:60], sep="\n  ")
+            self.failures.append(Failure("end"))
+            print(f"FAILED at its end, exit code {code}" + listed(lines))
         self.summary(elapsed)
 
     def check_memory(self):
@@ -300,17 +314,24 @@ class Harness:
         early = statistics.median(self.resident_mib[quarter:2 * quarter])
         late = statistics.median(self.resident_mib[-quarter:])
         if late > early * GROWTH + GROWTH_MIB:
-            self.failures.append("memory")
+            self.failures.append(Failure("memory"))
             print(f"FAILED: the memory grows from {early:.0f} to {late:.0f} MiB")
 
     def summary(self, elapsed):
         memory = self.resident_mib or [0]
         at = [memory[0], memory[len(memory) // 4], memory[-1]]
-        crashes = sum("crashed" in failure for failure in self.failures)
-        print(f"seed {self.arguments.seed}: {self.done} messages in {elapsed:.0f} s, {self.events} events, "
-              f"{crashes} crashes, {len(self.failures) - crashes} other failures, "
-              f"longest answer {self.longest_answer_s:.2f} s, "
-              "resident at start/quarter/end " + "/".join(f"{value:.0f}" for value in at) + " MiB", flush=True)
+        crashes = self.crashes()
+        line = (f"seed {self.arguments.seed}: {self.done} messages in {elapsed:.0f} s, {self.events} events, "
+                f"{crashes} crashes, {len(self.failures) - crashes} other failures, "
+                f"longest answer {self.longest_answer_s:.2f} s, "
+                "resident at start/quarter/end " + "/".join(f"{value:.0f}" for value in at) + " MiB")
+        print(line, flush=True)
+        if self.arguments.summary:
+            with open(self.arguments.summary, "w", encoding="utf-8") as file:
+                file.write(line + "\n")
+
+    def crashes(self):
+        return sum(isinstance(failure, Crash) for failure in self.failures)
 
     def end(self):
         self.service.kill()
@@ -343,6 +364,7 @@ def main():
     parser.add_argument("--progress-s", type=float, default=30, help="time between two lines of progress")
     parser.add_argument("--failures", type=int, default=5, help="give up after so many")
     parser.add_argument("--configuration", help="the provider's configuration folder; an instance is put there")
+    parser.add_argument("--summary", help="a file that gets the last line too")
     parser.add_argument("--expect-crash", action="store_true", help="succeed when the provider crashes, and only then")
     arguments = parser.parse_args()
     if arguments.configuration:
@@ -353,8 +375,7 @@ def main():
             harness.run()
         finally:
             harness.end()
-    has_crashed = any("crashed" in failure for failure in harness.failures)
-    return 0 if (has_crashed if arguments.expect_crash else not harness.failures) else 1
+    return 0 if (harness.crashes() > 0 if arguments.expect_crash else not harness.failures) else 1
 
 
 if __name__ == "__main__":
