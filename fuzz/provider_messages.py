@@ -172,7 +172,7 @@ class MessageMaker:
     def dictionary(self, entries, level=0):
         return dbus.Dictionary(entries, signature="sv", variant_level=level)
 
-    def fixed_value(self, key):
+    def spoilt_value(self):
         kind = self.chance()
         if kind < 0.08:
             return self.variant()
@@ -194,7 +194,7 @@ class MessageMaker:
         for key, value in good.items():
             if spoilt and self.chance() < 0.1:
                 continue
-            replacement = self.fixed_value(key) if spoilt else None
+            replacement = self.spoilt_value() if spoilt else None
             entries[key] = value if replacement is None else replacement
         return entries
 
@@ -222,8 +222,8 @@ class MessageMaker:
         """Arguments that each stand several times in the one before them."""
         # Six levels and more reach the limit of the texts of one event, which takes the provider a second.
         levels = self.random.randrange(6, 10) if self.chance() < 0.1 else self.random.randrange(1, 5)
-        # Of plain characters: the same texts in longer ones outgrow a message of the system bus, which cuts the sender's
-        # connection. That is healed, but what is on its way then is lost.
+        # Of plain characters: the same texts in longer ones outgrow a message of the system bus, which cuts the
+        # sender's connection. That is healed, but what is on its way then is lost.
         names = ["%1"] + ["%1" + "x" * level for level in range(1, levels + 1)]
         entries = []
         for name, following in zip(names, names[1:] + ["y"]):
