@@ -65,9 +65,6 @@ bool waitWithoutEvents(const std::function<bool()>& condition)
     return condition();
 }
 
-/// What a connector takes at most that may wait for the bus: one second, and what a busy machine adds.
-constexpr int longestFirstWaitMs = 3000;
-
 /// What this process has asked of the daemon.
 struct DaemonCalls
 {
@@ -134,12 +131,8 @@ private Q_SLOTS:
     void outlivesTheThreadThatMadeIt();
     void endsInOtherThreadsWhileTheBusRestarts();
     void costsTheBusNothingMoreForAThousandConnectors();
-    void doesNotBlockWhileTheBusStandsStill();
-    void waitsOnceForAnUnknownModuleWhileTheBusStandsStill();
-    void doesNotBlockWhileTheServiceStandsStill();
 
     void worksWithoutApplicationAndBeforeMain();
-    void waitsBrieflyForABusThatStandsStillAtTheStart();
     void endsWithTheProcess_data();
     void endsWithTheProcess();
 
@@ -678,65 +671,6 @@ void tst_DBusConnectorBase::costsTheBusNothingMoreForAThousandConnectors()
     QCOMPARE(countDaemonCalls(monitor).matchRules, 0);
 }
 
-void tst_DBusConnectorBase::doesNotBlockWhileTheBusStandsStill()
-{
-    const TestConnector known;
-    QVERIFY(known.isDBusInterfaceValid());
-    QVERIFY2(m_bus.freeze(), m_bus.errorText());
-    QElapsedTimer timer;
-    timer.start();
-    const QSharedPointer<TestConnector> further = TestConnector::createAndConnect();
-    const TestConnector otherObject(QStringLiteral("Valve"));
-    const bool isValid = further->isDBusInterfaceValid() && otherObject.isDBusInterfaceValid();
-    further->send(QStringLiteral("log"));
-    const qint64 elapsed = timer.elapsed();
-    m_bus.thaw();
-
-    QVERIFY2(elapsed < 500, QByteArray::number(elapsed));
-    QVERIFY(isValid);
-    QCOMPARE(m_service.received().size(), 1);
-}
-
-void tst_DBusConnectorBase::waitsOnceForAnUnknownModuleWhileTheBusStandsStill()
-{
-    const TestConnector known;
-    QVERIFY(known.isDBusInterfaceValid());
-    const QString module = QStringLiteral("NeverAskedFor");
-    QVERIFY2(m_bus.freeze(), m_bus.errorText());
-    QElapsedTimer timer;
-    timer.start();
-    const TestConnector first(QStringLiteral("Pump"), module);
-    const bool isFirstValid = first.isDBusInterfaceValid();
-    const qint64 elapsedFirst = timer.restart();
-    const TestConnector second(QStringLiteral("Pump"), module);
-    const bool isSecondValid = second.isDBusInterfaceValid();
-    const qint64 elapsedSecond = timer.elapsed();
-    m_bus.thaw();
-
-    QVERIFY2(elapsedFirst < longestFirstWaitMs, QByteArray::number(elapsedFirst));
-    QVERIFY2(elapsedSecond < 500, QByteArray::number(elapsedSecond));
-    QVERIFY(!isFirstValid && !isSecondValid);
-    // The bus goes on, and both hear of the module.
-    QVERIFY(m_service.own(
-        QString(serviceName()).replace(QLatin1String("EventlistHandler"), QString(module))));
-    QVERIFY(
-        waitUntil([&] { return first.isDBusInterfaceValid() && second.isDBusInterfaceValid(); }));
-}
-
-void tst_DBusConnectorBase::doesNotBlockWhileTheServiceStandsStill()
-{
-    m_service.freeze();
-    QElapsedTimer timer;
-    timer.start();
-    const QSharedPointer<TestConnector> connector = TestConnector::createAndConnect();
-    connector->send(QStringLiteral("log"));
-    const qint64 elapsed = timer.elapsed();
-    m_service.thaw();
-
-    QVERIFY2(elapsed < 500, QByteArray::number(elapsed));
-    QCOMPARE(m_service.received().size(), 1);
-}
-
 void tst_DBusConnectorBase::worksWithoutApplicationAndBeforeMain()
 {
     ChildProcess module;
@@ -763,27 +697,6 @@ void tst_DBusConnectorBase::worksWithoutApplicationAndBeforeMain()
     QCOMPARE(tell("fork"), QByteArray("1"));
     QCOMPARE(tell("valid"), QByteArray("1"));
     QVERIFY(module.readAllStandardError().isEmpty());
-}
-
-void tst_DBusConnectorBase::waitsBrieflyForABusThatStandsStillAtTheStart()
-{
-    QVERIFY2(m_bus.freeze(), m_bus.errorText());
-    ChildProcess module;
-    const bool isStarted = module.startAndWait(QStringLiteral(CONNECTOR_PROCESS), {});
-    module.write("constructed\nvalid\n");
-    const QByteArray elapsed = module.readOutputLine();
-    const QByteArray answer = module.readOutputLine();
-    m_bus.thaw();
-
-    QVERIFY(isStarted);
-    QCOMPARE(answer, QByteArray("0"));
-    // One second, and not the 25 that the bus itself would be waited for. The constructor alone: how
-    // long a process takes to start is no matter of the connector.
-    QVERIFY2(elapsed.toInt() >= 1000 && elapsed.toInt() < longestFirstWaitMs, elapsed);
-    QVERIFY(waitUntil([&] {
-        module.write("valid\n");
-        return module.readOutputLine() == "1";
-    }));
 }
 
 void tst_DBusConnectorBase::endsWithTheProcess_data()

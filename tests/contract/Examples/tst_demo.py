@@ -2,6 +2,7 @@
 """The demonstration: succeeds, leaves nothing behind, also after Ctrl-C and when a step fails."""
 
 import os
+import re
 import shutil
 import signal
 import subprocess
@@ -29,23 +30,20 @@ def processes_of(marker):
     return found
 
 
-def folders():
-    return set(Path("/tmp").glob("eventlist-demo-*"))
-
-
 class Demo(unittest.TestCase):
     def setUp(self):
         for file in SPOOL.glob("*.event.json"):
             file.unlink()
-        self.before = folders()
 
-    def own_folder(self):
-        return next(iter(folders() - self.before), None)
+    def folder_of(self, said):
+        """The folder of this demonstration, which it names; others may run beside it."""
+        found = re.search(r"here in (/tmp/eventlist-demo-\w+)\.\n", said)
+        self.assertIsNotNone(found, said)
+        return Path(found.group(1))
 
     def check_nothing_is_left(self, folder):
         wait_until(lambda: not processes_of(str(folder)), f"nothing of {folder} runs any more")
         self.assertFalse(folder.exists())
-        self.assertEqual(folders() - self.before, set())
 
     def test_shows_everything_and_leaves_nothing(self):
         done = subprocess.run([DEMO, BUILD], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, check=False,
@@ -58,7 +56,7 @@ class Demo(unittest.TestCase):
                       "Alarms acknowledged via eventlist: Memory use is above its limit",
                       "is missing", "Surchauffe de la pompe 3", "Nothing was left running."):
             self.assertIn(words, done.stdout)
-        self.assertEqual(folders() - self.before, set())
+        self.check_nothing_is_left(self.folder_of(done.stdout))
         self.assertEqual(list(SPOOL.glob("*.event.json")), [])
 
     def test_leaves_nothing_after_an_interruption(self):
@@ -66,7 +64,7 @@ class Demo(unittest.TestCase):
             with self.subTest(how=how):
                 program = Program([DEMO, BUILD, "--stay"])
                 program.wait_for("Enter ends it.")
-                folder = wait_until(self.own_folder, "the demonstration has a folder")
+                folder = self.folder_of(program.out)
                 self.assertTrue(processes_of(str(folder)))
                 self.assertEqual(program.stop(how), code)
                 self.check_nothing_is_left(folder)
@@ -77,7 +75,8 @@ class Demo(unittest.TestCase):
             with self.subTest(heading=heading):
                 program = Program([DEMO, BUILD])
                 program.wait_for(heading)
-                folder = wait_until(self.own_folder, "the demonstration has a folder")
+                program.wait_for("here in /tmp/eventlist-demo-")
+                folder = self.folder_of(program.out)
                 self.assertEqual(program.stop(signal.SIGINT), 130)
                 self.assertNotIn("4. ", program.out)
                 self.check_nothing_is_left(folder)
@@ -98,7 +97,7 @@ class Demo(unittest.TestCase):
         self.assertEqual(done.returncode, 1)
         self.assertIn("demo: waited in vain: the provider is on the bus", done.stderr)
         self.assertNotIn("Nothing was left running.", done.stdout)
-        self.assertEqual(folders() - self.before, set())
+        self.check_nothing_is_left(self.folder_of(done.stdout))
 
     def test_refuses_a_folder_without_a_build(self):
         done = subprocess.run([DEMO, "/"], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, check=False)
