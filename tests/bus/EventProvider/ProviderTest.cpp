@@ -34,12 +34,6 @@ QVariantMap ProviderTest::goodDictionary()
                       text("PumpControl/OverTemperature"));
 }
 
-QVariantMap ProviderTest::without(QVariantMap map, const char* key)
-{
-    map.remove(text(key));
-    return map;
-}
-
 QVariantMap ProviderTest::with(QVariantMap map, const char* key, const QVariant& value)
 {
     map.insert(text(key), value);

@@ -26,7 +26,6 @@ protected:
                                   const QString& url);
     /// Those of the description of the worked example.
     static QVariantMap goodDictionary();
-    static QVariantMap without(QVariantMap map, const char* key);
     static QVariantMap with(QVariantMap map, const char* key, const QVariant& value);
 
     /// The state that a warning shows behind its head.

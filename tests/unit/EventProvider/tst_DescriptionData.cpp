@@ -78,6 +78,9 @@ private Q_SLOTS:
     void readsTheFixedKeys();
     void warnsAboutAMissingKeyAndKeepsItsOutput_data();
     void warnsAboutAMissingKeyAndKeepsItsOutput();
+    void warnsAboutMissingKeysWhereNothingIsKept_data();
+    void warnsAboutMissingKeysWhereNothingIsKept();
+    void keepsAllOutputsForAnEmptyDictionary();
     void warnsAboutATextSourceThatIsNoNumber_data();
     void warnsAboutATextSourceThatIsNoNumber();
     void takesKeysOfOtherCapitalsForMissing();
@@ -85,6 +88,8 @@ private Q_SLOTS:
     void readsTheListsBeforeTheFixedKeys();
     void readsTheLists_data();
     void readsTheLists();
+    void readsEachListForItself();
+    void keepsAListThatIsNoneAsItWas_data();
     void keepsAListThatIsNoneAsItWas();
 
     void convertsLiteralEntries_data();
@@ -168,6 +173,10 @@ void tst_DescriptionData::readsTheFixedKeys_data()
     QTest::newRow("a word that is a map")
         << QVariantMap{{text("moduleName"), QVariantMap{{text("a"), 1}}}} << 0
         << text("|PumpControl||PumpControl/OverTemperature") << false;
+    QTest::newRow("a url that is a number")
+        << QVariantMap{{text("url"), 5}} << 0 << text("PumpControl|PumpControl||5") << true;
+    QTest::newRow("a url that is a list") << QVariantMap{{text("url"), QVariantList{1}}} << 0
+                                          << text("PumpControl|PumpControl||") << false;
     QTest::newRow("other keys") << QVariantMap{{text("more"), 1}} << 0 << words << true;
 }
 
@@ -237,11 +246,87 @@ void tst_DescriptionData::warnsAboutAMissingKeyAndKeepsItsOutput()
     QCOMPARE(after.isValid, isValid);
 }
 
+void tst_DescriptionData::warnsAboutMissingKeysWhereNothingIsKept_data()
+{
+    QTest::addColumn<QStringList>("keys");
+    QTest::addColumn<QString>("stateTail");
+    QTest::addColumn<QString>("words");
+    QTest::addColumn<bool>("isValid");
+
+    const char* const pump = "PumpControl";
+    const QString all = text("PumpControl|PumpControl|Channel1|PumpControl/OverTemperature");
+    const QString nothing = tail(0, "", "", "", "");
+    QTest::newRow("textSource") << QStringList(text("textSource")) << nothing << all << true;
+    QTest::newRow("moduleName") << QStringList(text("moduleName")) << nothing
+                                << text("|PumpControl|Channel1|PumpControl/OverTemperature")
+                                << false;
+    QTest::newRow("ObjectName") << QStringList(text("ObjectName")) << tail(0, pump, "", "", "")
+                                << text("PumpControl||Channel1|PumpControl/OverTemperature")
+                                << false;
+    QTest::newRow("InstanceName") << QStringList(text("InstanceName"))
+                                  << tail(0, pump, pump, "", "")
+                                  << text("PumpControl|PumpControl||PumpControl/OverTemperature")
+                                  << true;
+    QTest::newRow("url") << QStringList(text("url")) << tail(0, pump, pump, "Channel1", "")
+                         << text("PumpControl|PumpControl|Channel1|") << false;
+    QTest::newRow("all") << QStringList({text("textSource"), text("moduleName"), text("ObjectName"),
+                                         text("InstanceName"), text("url")})
+                         << nothing << text("|||") << false;
+}
+
+void tst_DescriptionData::warnsAboutMissingKeysWhereNothingIsKept()
+{
+    QFETCH(QStringList, keys);
+    QFETCH(QString, stateTail);
+    QFETCH(QString, words);
+    QFETCH(bool, isValid);
+    QVariantMap dictionary = changed(pumpDictionary(), {{text("InstanceName"), text("Channel1")}});
+    for (const QString& key : qAsConst(keys))
+    {
+        dictionary.remove(key);
+        m_warnings.expect(
+            QString(text("Key for description not found: ") + quoted(key) + stateTail));
+    }
+
+    const Converted converted = convertFixedKeys(*m_provider, dictionary);
+
+    QCOMPARE(int(converted.textSource), 0);
+    QCOMPARE(QStringList({converted.moduleName, converted.objectName, converted.instanceName,
+                          converted.url})
+                 .join(QLatin1Char('|')),
+             words);
+    QCOMPARE(converted.isValid, isValid);
+}
+
+void tst_DescriptionData::keepsAllOutputsForAnEmptyDictionary()
+{
+    Converted before;
+    before.textSource = EventsDBusDefinitions::configuration;
+    before.moduleName = text("a");
+    before.objectName = text("b");
+    before.instanceName = text("c");
+    before.url = text("d");
+    for (const char* const key : {"textSource", "moduleName", "ObjectName", "InstanceName", "url"})
+    {
+        m_warnings.expect(QString(text("Key for description not found: ") + quoted(text(key)) +
+                                  tail(1, "a", "b", "c", "d")));
+    }
+
+    const Converted after = convertFixedKeys(*m_provider, QVariantMap(), before);
+
+    QVERIFY(after.isValid);
+    QCOMPARE(after.textSource, EventsDBusDefinitions::configuration);
+    QCOMPARE(after.moduleName + after.objectName + after.instanceName + after.url, text("abcd"));
+}
+
 void tst_DescriptionData::warnsAboutATextSourceThatIsNoNumber_data()
 {
     QTest::addColumn<QVariant>("textSource");
 
+    QTest::newRow("nothing") << QVariant();
     QTest::newRow("a map") << QVariant(QVariantMap{{text("a"), 1}});
+    QTest::newRow("an empty map") << QVariant(QVariantMap());
+    QTest::newRow("an empty list") << QVariant(QVariantList());
     QTest::newRow("a list") << QVariant(QVariantList{1});
     QTest::newRow("a string list") << QVariant(QStringList(text("1")));
     QTest::newRow("a wrapped number") << QVariant::fromValue(QDBusVariant(1));
@@ -343,21 +428,46 @@ void tst_DescriptionData::readsTheLists()
     QVERIFY(converted.isValid);
 }
 
+void tst_DescriptionData::readsEachListForItself()
+{
+    const Converted converted = convertAll(
+        *m_provider, changed(pumpDictionary(), {{text("Arguments"), QVariantList{1, 2}},
+                                                {text("UrlArguments"), QVariantList{3}}}));
+
+    QCOMPARE(converted.arguments, QVariantList({1, 2}));
+    QCOMPARE(converted.urlArguments, QVariantList{3});
+}
+
+void tst_DescriptionData::keepsAListThatIsNoneAsItWas_data()
+{
+    QTest::addColumn<QVariant>("value");
+
+    QTest::newRow("a number") << QVariant(7);
+    QTest::newRow("a text") << QVariant(text("x"));
+    QTest::newRow("a map") << QVariant(QVariantMap());
+}
+
 void tst_DescriptionData::keepsAListThatIsNoneAsItWas()
 {
+    QFETCH(QVariant, value);
     Converted converted;
     converted.arguments = {1};
-    m_warnings.expect(
-        QString(text("No valid descriptionArguments (Can't convert to QVariantList)") +
-                tail(0, "", "", "", "")));
+    converted.urlArguments = {2};
+    for (const char* const list : {"descriptionArguments", "descriptionUrlArguments"})
+    {
+        m_warnings.expect(QString(text("No valid ") + text(list) +
+                                  text(" (Can't convert to QVariantList)") +
+                                  tail(0, "", "", "", "")));
+    }
 
-    const bool isValid = m_provider->convertDescriptionData(
+    // A bad list does not make a dictionary bad.
+    QVERIFY(m_provider->convertDescriptionData(
         converted.textSource, converted.moduleName, converted.objectName, converted.instanceName,
         converted.url, converted.arguments, converted.urlArguments,
-        changed(pumpDictionary(), {{text("Arguments"), 7}}));
+        changed(pumpDictionary(), {{text("Arguments"), value}, {text("UrlArguments"), value}})));
 
-    QVERIFY(isValid);
     QCOMPARE(converted.arguments, QVariantList{1});
+    QCOMPARE(converted.urlArguments, QVariantList{2});
 }
 
 void tst_DescriptionData::convertsLiteralEntries_data()
@@ -454,16 +564,19 @@ void tst_DescriptionData::convertsUrlEntries()
 void tst_DescriptionData::dropsAUrlEntryWithoutItsKeys()
 {
     QList<EventlistHandlerConvenienceFunctions::stDescriptionUrlArgument> result;
-    // An empty url is dropped without a word; a missing module is told by the conversion alone.
-    m_warnings.expect(
-        QString(text(R"(Key for description not found: "moduleName")") + tail(0, "", "", "", "")),
-        text("EventsDBusProviderBaseClass"),
-        text("EventsDBusProviderBaseClass::convertDescriptionData"));
+    // An empty url is dropped without a word; a missing key is told by the conversion alone.
+    m_warnings
+        .expect(QString(text(R"(Key for description not found: "moduleName")") +
+                        tail(0, "", "", "", "")),
+                text("EventsDBusProviderBaseClass"),
+                text("EventsDBusProviderBaseClass::convertDescriptionData"))
+        .expect(QString(text(R"(Key for description not found: "url")") +
+                        tail(0, "PumpControl", "PumpControl", "", "")));
 
     m_provider->convertDescriptionUrlArgumentData(
-        result,
-        {changed(urlEntry(text("%1")), {{text("url"), QString()}}),
-         changed(urlEntry(text("%2")), {{text("moduleName"), QVariant()}}), urlEntry(text("%3"))});
+        result, {changed(urlEntry(text("%1")), {{text("url"), QString()}}),
+                 changed(urlEntry(text("%2")), {{text("moduleName"), QVariant()}}),
+                 changed(urlEntry(text("%4")), {{text("url"), QVariant()}}), urlEntry(text("%3"))});
 
     QCOMPARE(result.size(), 1);
     QCOMPARE(result.first().placeholder, text("%3"));
@@ -546,6 +659,8 @@ void tst_DescriptionData::unpacksNothingElse_data()
     QTest::newRow("invalid") << QVariant() << false;
     QTest::newRow("a plain list") << QVariant(QVariantList{literalEntry(text("%1"), text("x"))})
                                   << false;
+    QTest::newRow("a plain text") << QVariant(text("x")) << false;
+    QTest::newRow("a plain list of texts") << QVariant(QStringList(text("x"))) << false;
     QTest::newRow("an argument that was never read")
         << QVariant::fromValue(QDBusArgument()) << false;
     QTest::newRow("s") << QVariant(text("x")) << true;
@@ -573,11 +688,11 @@ void tst_DescriptionData::unpacksNothingElse()
         value = m_peers.sent({{text("Arguments"), value}}).value(text("Arguments"));
         QVERIFY(value.isValid());
     }
-    QVariantList result;
+    QVariantList result{text("before")};
 
     m_provider->convertArguments(result, value);
 
-    QCOMPARE(result, QVariantList());
+    QCOMPARE(result, QVariantList{text("before")});
 }
 
 void tst_DescriptionData::unpacksElementsOfAnyShape_data()

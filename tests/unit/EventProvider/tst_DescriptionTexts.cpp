@@ -60,13 +60,15 @@ private Q_SLOTS:
     void findsATextInTheConfiguration();
     void warnsAboutALeafThatHoldsNoText_data();
     void warnsAboutALeafThatHoldsNoText();
+    void findsNothingWithoutTheInstance_data();
     void findsNothingWithoutTheInstance();
     void joinsPrefixAndObjectNameWithNothingBetween_data();
     void joinsPrefixAndObjectNameWithNothingBetween();
     void readsTheConfigurationAnewEachTime();
 
 private:
-    void writeConfiguration(const QByteArray& json);
+    void writeConfiguration(const QByteArray& json,
+                            const QString& instance = QStringLiteral("Channel1"));
     QVariantMap textOf(int textSource, const char* moduleName, const char* objectName,
                        const char* instanceName, const char* url)
     {
@@ -88,7 +90,9 @@ void tst_DescriptionTexts::initTestCase()
     QVERIFY(QDir().mkpath(m_folder));
     writeConfiguration(
         R"({"Limit":{"value":{"lang_de":"Grenzwert","lang_en":"limit"}},"Empty":{"value":{}},
-            "String":{"value":"limit"},"Number":{"value":7},"NoValue":{}})");
+            "String":{"value":"limit"},"Number":{"value":7},"NoValue":{},
+            "Limits":{"High":{"value":{"lang_en":"too high"}},"Low":{"value":{}}}})");
+    writeConfiguration(R"({"Limit":)", text("Corrupt"));
 }
 
 void tst_DescriptionTexts::cleanupTestCase()
@@ -98,9 +102,9 @@ void tst_DescriptionTexts::cleanupTestCase()
     QVERIFY(folder.removeRecursively());
 }
 
-void tst_DescriptionTexts::writeConfiguration(const QByteArray& json)
+void tst_DescriptionTexts::writeConfiguration(const QByteArray& json, const QString& instance)
 {
-    QFile file(m_folder + QStringLiteral("Channel1.json"));
+    QFile file(m_folder + instance + QStringLiteral(".json"));
     QVERIFY(file.open(QFile::WriteOnly));
     QCOMPARE(file.write(json), qint64(json.size()));
 }
@@ -217,6 +221,10 @@ void tst_DescriptionTexts::findsATextInTheConfiguration_data()
     QTest::newRow("1") << 1 << QByteArray("Limit") << limit;
     QTest::newRow("7") << 7 << QByteArray("Limit") << limit;
     QTest::newRow("-1") << -1 << QByteArray("Limit") << limit;
+    QTest::newRow("a leaf further down")
+        << 1 << QByteArray("Limits/High") << QVariantMap{{text("lang_en"), text("too high")}};
+    QTest::newRow("a map without entries further down")
+        << 1 << QByteArray("Limits/Low") << QVariantMap();
     QTest::newRow("a map without entries, without a warning")
         << 1 << QByteArray("Empty") << QVariantMap();
 }
@@ -239,6 +247,9 @@ void tst_DescriptionTexts::warnsAboutALeafThatHoldsNoText_data()
     QTest::newRow("a number") << QByteArray("Number") << QByteArray("QVariant(qlonglong, 7)");
     QTest::newRow("no value") << QByteArray("NoValue") << QByteArray("QVariant(Invalid)");
     QTest::newRow("no leaf") << QByteArray("Unknown") << QByteArray("QVariant(Invalid)");
+    QTest::newRow("no leaf further down")
+        << QByteArray("Limits/Unknown") << QByteArray("QVariant(Invalid)");
+    QTest::newRow("an empty path") << QByteArray("") << QByteArray("QVariant(Invalid)");
 }
 
 void tst_DescriptionTexts::warnsAboutALeafThatHoldsNoText()
@@ -253,16 +264,36 @@ void tst_DescriptionTexts::warnsAboutALeafThatHoldsNoText()
     QCOMPARE(textOf(3, "PumpControl", "Pump", "Channel1", url), QVariantMap());
 }
 
+void tst_DescriptionTexts::findsNothingWithoutTheInstance_data()
+{
+    QTest::addColumn<QByteArray>("objectName");
+    QTest::addColumn<QByteArray>("instanceName");
+    QTest::addColumn<QString>("platformWarning");
+
+    const QByteArray pump("Pump");
+    const QString unread = text("Can't read configuration description .*");
+    QTest::newRow("unknown") << pump << QByteArray("Channel2") << unread;
+    QTest::newRow("empty") << pump << QByteArray("") << unread;
+    QTest::newRow("corrupt file") << pump << QByteArray("Corrupt") << unread;
+    QTest::newRow("leads elsewhere") << pump << QByteArray("../Pump/Channel1") << unread;
+    QTest::newRow("unknown folder") << QByteArray("Valve") << QByteArray("Channel1") << unread;
+    QTest::newRow("folder leads elsewhere")
+        << QByteArray("../../../../Pump") << QByteArray("Channel1") << text(".*configuration.*");
+}
+
 void tst_DescriptionTexts::findsNothingWithoutTheInstance()
 {
+    QFETCH(QByteArray, objectName);
+    QFETCH(QByteArray, instanceName);
+    QFETCH(QString, platformWarning);
     // The first word is the platform's, the second ours.
-    m_warnings.expectMatch(text("Can't read configuration description .*"))
+    m_warnings.expectMatch(platformWarning)
         .expect(QString(text("Can't convert ConfigValue to QVariantMap. "
                              "Result QVariant: QVariant(Invalid)") +
-                        tail(1, "PumpControl", "Pump", "Channel2", "Limit")),
+                        tail(1, "PumpControl", objectName, instanceName, "Limit")),
                 text("EventsDBusProviderBaseClass"));
 
-    QCOMPARE(textOf(1, "PumpControl", "Pump", "Channel2", "Limit"), QVariantMap());
+    QCOMPARE(textOf(1, "PumpControl", objectName, instanceName, "Limit"), QVariantMap());
 }
 
 void tst_DescriptionTexts::joinsPrefixAndObjectNameWithNothingBetween_data()
