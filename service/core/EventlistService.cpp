@@ -17,8 +17,6 @@ namespace eventlistd
 namespace
 {
 constexpr int eventsPerTransaction = 5000;
-// What may wait in memory while the database does not take it.
-constexpr qint64 longestQueue = 64 * 1024 * 1024;
 constexpr int credentialsWaitMs = 100;
 constexpr int credentialsPollMs = 5;
 constexpr int retryMs = 1000;
@@ -156,10 +154,6 @@ void EventlistService::deleteEventlist(const QString& sender)
 void EventlistService::acknowledgeAlarms(const QStringList& alarmIds, const QString& user,
                                          const QString& sender)
 {
-    if (!m_senders.admitEvent(sender))
-    {
-        return;
-    }
     Work work;
     work.kind = Work::Kind::acknowledgement;
     work.alarmIds = alarmIds;
@@ -169,20 +163,16 @@ void EventlistService::acknowledgeAlarms(const QStringList& alarmIds, const QStr
     {
         work.size += id.size();
     }
-    enqueue(std::move(work));
+    enqueueAcknowledgement(std::move(work));
 }
 
 void EventlistService::acknowledgeCentralDetector(const QString& user, const QString& sender)
 {
-    if (!m_senders.admitEvent(sender))
-    {
-        return;
-    }
     Work work;
     work.kind = Work::Kind::detectorAcknowledgement;
     work.user = user.left(longestLogValue);
     work.sender = sender;
-    enqueue(std::move(work));
+    enqueueAcknowledgement(std::move(work));
 }
 
 void EventlistService::suppressEventProcessing(bool isSuppressed, const QString& sender)
@@ -364,11 +354,41 @@ void EventlistService::logStart()
 
 void EventlistService::enqueue(Work work)
 {
-    if (m_queuedSize + work.size > longestQueue)
+    if (m_queuedSize + work.size > m_settings.maximumQueue)
     {
         ++m_lostEvents;
         return;
     }
+    push(std::move(work));
+}
+
+// What an operator has done must not drown in what modules send: it has limits of its own, and is
+// never lost without a word about who did it.
+void EventlistService::enqueueAcknowledgement(Work work)
+{
+    const char* reason = nullptr;
+    if (!m_senders.admitAcknowledgement(work.sender))
+    {
+        reason = "too many of them";
+    }
+    else if (m_queuedSize + work.size > m_settings.maximumQueue + m_settings.acknowledgementReserve)
+    {
+        reason = "the queue is full";
+    }
+    if (reason == nullptr)
+    {
+        work.arrivalMs = QDateTime::currentMSecsSinceEpoch();
+        push(std::move(work));
+    }
+    else if (m_acknowledgementLimiter.allows())
+    {
+        qWarning() << "An acknowledgement by" << work.user << "from" << work.sender
+                   << "is refused:" << reason;
+    }
+}
+
+void EventlistService::push(Work work)
+{
     if (m_queue.empty())
     {
         m_oldestQueuedMs = monotonicMs();
@@ -487,7 +507,7 @@ bool EventlistService::writeOne(Work& work)
     const AlarmList::Effect effect = m_alarms.setCentralDetector(false);
     return effect == AlarmList::Effect::none ||
            (effect == AlarmList::Effect::changed &&
-            writeOwn(m_ownEvents.centralDetector(false, work.user)));
+            writeAudit(m_ownEvents.centralDetector(false, work.user), work));
 }
 
 bool EventlistService::writePowerOn(Work& work)
@@ -549,13 +569,23 @@ bool EventlistService::writeOwn(const Event& event)
     return writeEvent(own);
 }
 
+// An entry about what somebody did, at the time at which it was done: the database may have been
+// away for long since then.
+bool EventlistService::writeAudit(Event entry, const Work& work)
+{
+    entry.senderUid = work.event.senderUid;
+    entry.senderPid = work.event.senderPid;
+    entry.timestamp.clear();
+    entry.setArrival(work.arrivalMs);
+    return writeEvent(entry);
+}
+
 bool EventlistService::writeAcknowledgement(const Work& work)
 {
     for (const QString& id : work.alarmIds)
     {
         Event alarm;
-        const AlarmList::Effect effect =
-            m_alarms.acknowledge(id, work.user, QDateTime::currentMSecsSinceEpoch(), alarm);
+        const AlarmList::Effect effect = m_alarms.acknowledge(id, work.user, work.arrivalMs, alarm);
         if (effect == AlarmList::Effect::unknown)
         {
             if (!m_alarms.countRefused())
@@ -570,11 +600,8 @@ bool EventlistService::writeAcknowledgement(const Work& work)
         }
         else if (effect == AlarmList::Effect::changed)
         {
-            Event entry = m_ownEvents.alarmAcknowledged(alarm, work.user);
-            entry.senderUid = work.event.senderUid;
-            entry.senderPid = work.event.senderPid;
             m_changes.hasChangedAlarms = true;
-            if (!writeEvent(entry))
+            if (!writeAudit(m_ownEvents.alarmAcknowledged(alarm, work.user), work))
             {
                 return false;
             }

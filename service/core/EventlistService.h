@@ -45,6 +45,10 @@ public:
         int maximumAlarms = 10000;
         qint64 maximumAlarmSize = 64 * 1024 * 1024;
         int maximumHashes = 10000;
+        /// What may wait in memory while the database takes nothing, in UTF-16 units; and how much
+        /// more of acknowledgements.
+        qint64 maximumQueue = 64 * 1024 * 1024;
+        qint64 acknowledgementReserve = 8 * 1024 * 1024;
         /// Two batches begin at least this far apart.
         int batchIntervalMs = 20;
         /// A changed list is told at most once in this time.
@@ -126,6 +130,7 @@ private:
         QStringList alarmIds;
         QString user;
         QString sender;
+        qint64 arrivalMs = 0; ///< of an acknowledgement
         qint64 size = 0;
     };
 
@@ -144,6 +149,8 @@ private:
     bool loadAll();
     void logStart();
     void enqueue(Work work);
+    void enqueueAcknowledgement(Work work);
+    void push(Work work);
     void logOwn(const Event& event);
     void scheduleBatch();
     void onBatchTimer();
@@ -154,6 +161,7 @@ private:
     bool writePowerOn(Work& work);
     bool writeEvent(Event& event);
     bool writeOwn(const Event& event);
+    bool writeAudit(Event entry, const Work& work);
     bool writeAcknowledgement(const Work& work);
     bool storeSpoolItems(QVector<SpoolReader::Item>& items);
     bool begin();
@@ -200,6 +208,7 @@ private:
     qint64 m_suppressedEvents = 0;
     qint64 m_refusedEvents = 0;
     LogLimiter m_refusalLimiter;
+    LogLimiter m_acknowledgementLimiter;
 };
 
 } // namespace eventlistd

@@ -46,6 +46,11 @@ bool SenderRegistry::admitEvent(const QString& name)
     return false;
 }
 
+bool SenderRegistry::admitAcknowledgement(const QString& name)
+{
+    return sender(name).acknowledgements.take(1, monotonicMs());
+}
+
 bool SenderRegistry::admitQuery(const QString& name)
 {
     return sender(name).queryMs.isFilled(monotonicMs());
@@ -83,6 +88,7 @@ SenderRegistry::Sender& SenderRegistry::sender(const QString& name)
         forgetSome();
         found = m_senders.insert(
             name, {Identity(), TokenBucket(m_limits.eventsPerSecond, m_limits.eventBurst),
+                   TokenBucket(m_limits.acknowledgementsPerSecond, m_limits.acknowledgementBurst),
                    TokenBucket(m_limits.queryMsPerSecond, m_limits.queryMsBurst), 0, 0});
         ask(name);
     }

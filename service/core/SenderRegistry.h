@@ -23,6 +23,9 @@ public:
     {
         double eventsPerSecond = 5000;
         double eventBurst = 250000;
+        /// Calls that acknowledge: enough for a whole alarm list, one by one.
+        double acknowledgementsPerSecond = 100;
+        double acknowledgementBurst = 10000;
         /// Work for queries, in milliseconds: so much each second, so much at once.
         double queryMsPerSecond = 500;
         double queryMsBurst = 10000;
@@ -44,6 +47,10 @@ public:
     /// \return false when the sender has sent too much; the event is to be dropped
     bool admitEvent(const QString& sender);
 
+    /// The same for an acknowledgement, which has a supply of its own. A refusal is not counted:
+    /// it is for the caller to tell.
+    bool admitAcknowledgement(const QString& sender);
+
     /// True when the sender may ask now.
     bool admitQuery(const QString& sender);
     /// Tells what its query has cost.
@@ -63,6 +70,7 @@ private:
     {
         Identity identity;
         TokenBucket events;
+        TokenBucket acknowledgements;
         TokenBucket queryMs;
         qint64 dropped;
         qint64 lastUsed;

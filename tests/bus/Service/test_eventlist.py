@@ -79,14 +79,21 @@ class Storing(ServiceTest):
             self.assertLess(abs(int(row["TimestampUtc"]) - before), 60000)
             self.assertRegex(row["DateTimeMsUTC"], r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}[+-]")
 
-    def test_an_event_without_a_valid_type_or_state_is_refused_with_a_warning(self):
-        for attributes in [["4", "0", "i"], ["-1", "0", "i"], ["0", "3", "i"], ["alarm", "0", "i"],
+    def test_an_event_without_a_type_or_a_state_is_refused_with_a_warning(self):
+        for attributes in [["4", "0", "i"], ["-1", "0", "i"], ["0", "on", "i"], ["alarm", "0", "i"],
                            ["0", "0"], ["0", "0", "i", "x"], []]:
             self.client.send("/EventlistWrite", "Interface.EventlistWrite", "logEvent",
                              "assssassss", attributes, "", "odd", "{}", [], "", "{}", "")
         self.client.log_event(module="odd", description="marker")
         self.assertEqual(self.client.descriptions("odd"), ["marker"])
         self.assertEqual(sum("is refused" in line for line in self.service.lines), 7)
+
+    def test_an_event_whose_state_is_none_is_kept_and_is_no_alarm(self):
+        for state in ["3", "-1"]:
+            self.client.log_event(type_=0, state=state, alarm_id="odd", module="odd")
+        rows = self.client.part(modules=["odd"]).rows
+        self.assertEqual([row["State"] for row in rows], ["-1", "3"])
+        self.assertEqual(self.client.alarms().rows, [])
 
     def test_additional_data_that_cannot_be_read_costs_only_itself(self):
         for data in ["", "{", "[]", '{"EventId":7}', '{"EventId":"a","EventId":"b"}']:

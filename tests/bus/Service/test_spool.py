@@ -116,7 +116,7 @@ class Hostile(ServiceTest):
             "type": as_bytes(spool_entry(EventType=4)),
             "fraction": as_bytes(spool_entry(EventType=0.5)),
             "text-type": as_bytes(spool_entry(EventType="3")),
-            "state": as_bytes(spool_entry(State=-1)),
+            "state": as_bytes(spool_entry(State=0.5)),
             "metadata": as_bytes(spool_entry(MetaData="{}")),
             "number": as_bytes(spool_entry(ModuleName=7)),
             "latin1": good.replace(b"Hello", b"H\xe4llo"),

@@ -2,6 +2,7 @@
 
 #include "TestSupport/FakeTextManager.h"
 
+#include <QDateTime>
 #include <QSignalSpy>
 #include <QSqlDatabase>
 #include <QSqlQuery>
@@ -47,6 +48,10 @@ private Q_SLOTS:
     void countsAlarmsOfTheLastBootAsGone_data();
     void countsAlarmsOfTheLastBootAsGone();
     void forgetsWhatWasRolledBack();
+    void keepsTheTimeOfAnAcknowledgement();
+    void hearsOperatorsAboveTheNoise();
+    void namesWhoseAcknowledgementIsRefused();
+    void keepsRoomForAcknowledgementsInTheQueue();
 
 private:
     void start();
@@ -317,6 +322,84 @@ void tst_EventlistService::forgetsWhatWasRolledBack()
     QCOMPARE(eventIds().count(s("EventlistHandler/AlarmlistOverflow")), 1);
     QCOMPARE(eventIds().count(s("EventlistHandler/CentralDetectorActive")), 2);
     QCOMPARE(descriptions(), QStringList({s("first"), s("second")}));
+}
+
+void tst_EventlistService::keepsTheTimeOfAnAcknowledgement()
+{
+    start();
+    m_service->takeEvent(decoded(s("on"), alarm, active), s(":1.1"));
+    QVERIFY(m_service->flush());
+    QVERIFY(runBeside(s("CREATE TRIGGER fails BEFORE INSERT ON meta BEGIN SELECT missing(); END")));
+    m_service->acknowledgeAlarms({s("id")}, s("meier"), s(":1.1"));
+    m_service->acknowledgeCentralDetector(s("meier"), s(":1.1"));
+    const qint64 latest = QDateTime::currentMSecsSinceEpoch();
+    QVERIFY(!m_service->flush());
+    QTRY_VERIFY(QDateTime::currentMSecsSinceEpoch() > latest);
+    QVERIFY(runBeside(s("DROP TRIGGER fails")));
+
+    QString error;
+    const Rows rows = m_service->alarms(QString(), error).value(s("data")).value<Rows>();
+    // The trouble itself is a fault, and newer.
+    QCOMPARE(rows.size(), 2);
+    const QDateTime at = QDateTime::fromString(rows.constLast().constLast(), Qt::ISODateWithMs);
+    QVERIFY(at.isValid());
+    QVERIFY(at.toMSecsSinceEpoch() <= latest);
+    EventFilter filter;
+    filter.eventIds = QStringList(
+        {s("EventlistHandler/AlarmAcknowledged"), s("EventlistHandler/CentralDetectorInactive")});
+    filter.columns = QStringList({s("TimestampUtc")});
+    const Rows entries = m_service->events(filter, error).value(s("data")).value<Rows>();
+    QCOMPARE(entries.size(), 2);
+    QCOMPARE(entries.at(1).constFirst().toLongLong(), at.toMSecsSinceEpoch());
+    QVERIFY(entries.at(0).constFirst().toLongLong() <= latest);
+}
+
+void tst_EventlistService::hearsOperatorsAboveTheNoise()
+{
+    m_settings.senderLimits.eventBurst = 1;
+    m_settings.senderLimits.eventsPerSecond = 0.001;
+    start();
+    QVERIFY(m_service->admitsEvent(s(":1.1")));
+    m_service->takeEvent(decoded(s("on"), alarm, active), s(":1.1"));
+    QVERIFY(!m_service->admitsEvent(s(":1.1")));
+    m_service->acknowledgeAlarms({s("id")}, s("meier"), s(":1.1"));
+    m_service->acknowledgeCentralDetector(s("meier"), s(":1.1"));
+    QCOMPARE(alarms(), QStringList({s("id 11")}));
+    QVERIFY(!m_service->alarmState().value(s("CentralDetector")).toBool());
+}
+
+void tst_EventlistService::namesWhoseAcknowledgementIsRefused()
+{
+    m_settings.senderLimits.acknowledgementBurst = 1;
+    m_settings.senderLimits.acknowledgementsPerSecond = 0.001;
+    start();
+    m_service->takeEvent(decoded(s("on"), alarm, active), s(":1.1"));
+    m_service->acknowledgeCentralDetector(s("meier"), s(":1.1"));
+    QTest::ignoreMessage(QtWarningMsg, "An acknowledgement by \"schmidt\" from \":1.1\" is refused:"
+                                       " too many of them");
+    m_service->acknowledgeAlarms({s("id")}, s("schmidt"), s(":1.1"));
+    QCOMPARE(alarms(), QStringList({s("id 10")}));
+    m_service->acknowledgeAlarms({s("id")}, s("schmidt"), s(":1.2"));
+    QCOMPARE(alarms(), QStringList({s("id 11")}));
+}
+
+void tst_EventlistService::keepsRoomForAcknowledgementsInTheQueue()
+{
+    m_settings.maximumQueue = 10000;
+    m_settings.acknowledgementReserve = 10;
+    start();
+    m_service->takeEvent(decoded(s("on"), alarm, active), s(":1.1"));
+    QVERIFY(m_service->flush());
+    DecodedEvent filler = decoded(QString());
+    filler.event.description = QString(10000 - filler.event.size(), QLatin1Char('x'));
+    m_service->takeEvent(filler, s(":1.1"));
+    m_service->takeEvent(decoded(s("too much")), s(":1.1"));
+    QTest::ignoreMessage(QtWarningMsg, "An acknowledgement by \"schmidt\" from \":1.1\" is refused:"
+                                       " the queue is full");
+    m_service->acknowledgeAlarms({s("much too long")}, s("schmidt"), s(":1.1"));
+    m_service->acknowledgeAlarms({s("id")}, s("meier"), s(":1.1"));
+    QCOMPARE(alarms(), QStringList({s("id 11")}));
+    QCOMPARE(descriptions(), QStringList({s("on"), filler.event.description}));
 }
 
 QTEST_GUILESS_MAIN(tst_EventlistService)
