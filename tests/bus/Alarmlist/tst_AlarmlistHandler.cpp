@@ -5,6 +5,8 @@
 #include "TestSupport/FakeTextManager.h"
 #include "bus/CentralServiceTest.h"
 
+#include <QElapsedTimer>
+
 namespace
 {
 const QString moduleName = QStringLiteral("Panel");
@@ -23,6 +25,7 @@ private Q_SLOTS:
     void writesBothArgumentsIntoAnEntryThatShowsOnlyOne();
     void logsTheEntryAlsoWhenTheAcknowledgementIsLost();
     void logsTheEntryAlsoWhenTheServiceRefuses();
+    void doesNotWaitForAFrozenService();
     void belongsToItsParent();
 
 private:
@@ -116,6 +119,30 @@ void tst_AlarmlistHandler::logsTheEntryAlsoWhenTheServiceRefuses()
     const QVector<RecordedMessage> received = m_service.received();
     QCOMPARE(received.size(), 2);
     QCOMPARE(received[1].member, QStringLiteral("logEvent"));
+}
+
+void tst_AlarmlistHandler::doesNotWaitForAFrozenService()
+{
+    AlarmlistHandler handler(moduleName, m_texts, nullptr);
+    QVERIFY(m_service.freeze());
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < 100; ++i)
+    {
+        handler.acknowledgeAlarms({QStringLiteral("{a}")}, QString::number(i), QString());
+    }
+    // The service answers after the thaw only: whoever had waited for it would be waiting still.
+    QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+    m_service.thaw();
+    const QVector<RecordedMessage> received = m_service.received();
+    QCOMPARE(received.size(), 200);
+    for (int i = 0; i < 100; ++i)
+    {
+        QCOMPARE(received[2 * i].member, QStringLiteral("acknowledgeVisualAlarm"));
+        QCOMPARE(received[2 * i].arguments[1].toString(), QString::number(i));
+        QCOMPARE(received[2 * i + 1].member, QStringLiteral("logEvent"));
+        QCOMPARE(received[2 * i + 1].arguments[5].toString(), QString::number(i));
+    }
 }
 
 void tst_AlarmlistHandler::belongsToItsParent()

@@ -83,6 +83,7 @@ private Q_SLOTS:
     void placesItsTwoQueries();
     void handsAnswersAndErrorsToTheModule();
     void queriesWarnOnceWithoutService();
+    void queriesDoNotWaitForAFrozenService();
 
     void emitsEachSignalWithItsState_data() { rowsOfSignals(); }
     void emitsEachSignalWithItsState();
@@ -169,6 +170,33 @@ void tst_AlarmlistHandlerDBusConnectorRead::queriesWarnOnceWithoutService()
     QVERIFY(connector->getCompleteAlarmlist(QString()).isNull());
     QVERIFY(connector->getAlarmState(QString()).isNull());
     QCOMPARE(connectionErrors.size(), 2);
+}
+
+void tst_AlarmlistHandlerDBusConnectorRead::queriesDoNotWaitForAFrozenService()
+{
+    const auto connector = Connector::createAndConnect();
+    QVERIFY(m_service.freeze());
+    QElapsedTimer timer;
+    timer.start();
+    // One that polls, and that is made now, does not wait either.
+    Connector lateConnector(true);
+    const QVector<DBusPendingReply::SharedPointer> replies{
+        connector->getCompleteAlarmlist(QString()), connector->getAlarmState(QString()),
+        lateConnector.getCompleteAlarmlist(QString()), lateConnector.getAlarmState(QString())};
+    QVERIFY(!lateConnector.changedFlagAlarmlist());
+    // The service answers after the thaw only: whoever had waited for it would be waiting still.
+    QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+    for (const auto& reply : replies)
+    {
+        QVERIFY(!reply.isNull());
+        QVERIFY(!reply->isFinished());
+    }
+    m_service.thaw();
+    for (const auto& reply : replies)
+    {
+        QTRY_VERIFY(reply->isFinished());
+        QVERIFY(!reply->isError());
+    }
 }
 
 void tst_AlarmlistHandlerDBusConnectorRead::emitsEachSignalWithItsState()

@@ -187,6 +187,7 @@ public:
 private Q_SLOTS:
     void everyClientLogsTheSameEvent_data();
     void everyClientLogsTheSameEvent();
+    void answersAtOnceWhileTheCentralServiceIsFrozen();
     void oddValuesInTheArgumentsHarmNobody_data();
     void oddValuesInTheArgumentsHarmNobody();
     void oddValuesUnderTheFixedKeysHarmNobody_data();
@@ -410,6 +411,23 @@ void tst_ProviderClients::everyClientLogsTheSameEvent()
                          WorkedExample::time(), QStringLiteral("PumpControl"), description,
                          QJsonArray{QStringLiteral("Error"), QStringLiteral("Firmware")}, QString(),
                          additionalData, WorkedExample::alarmId()}));
+}
+
+void tst_ProviderClients::answersAtOnceWhileTheCentralServiceIsFrozen()
+{
+    const PumpEvents provider(m_texts);
+    QTRY_VERIFY(isOffered());
+    QVERIFY(m_service.freeze());
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < 20; ++i)
+    {
+        QCOMPARE(callWith(dictionary(WorkedExample::eventId())).type(), QDBusMessage::ReplyMessage);
+    }
+    // The service answers after the thaw only: whoever had waited for it would be waiting still.
+    QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+    m_service.thaw();
+    QCOMPARE(m_service.received().size(), 20);
 }
 
 void tst_ProviderClients::oddValuesInTheArgumentsHarmNobody_data()

@@ -4,6 +4,7 @@
 #include "bus/CentralServiceTest.h"
 
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QThread>
 #include <QTimeZone>
@@ -42,6 +43,7 @@ private Q_SLOTS:
     void handsTimesInReverseOrderAndOddNumbersOn_data();
     void handsTimesInReverseOrderAndOddNumbersOn();
     void eachQueryWarnsOnceWithoutService();
+    void noQueryWaitsForAFrozenService();
     void answersOutliveTheReader();
     void passesTheChangeOn();
     void passesTheChangeOnAfterRestarts();
@@ -223,6 +225,37 @@ void tst_EventHandlerRead::eachQueryWarnsOnceWithoutService()
     QVERIFY(reader.getPartOfEventlistFilteredByKeywords(context, {}, now, now, 0).isNull());
     QVERIFY(reader.getPartOfEventlistFilteredByModuleName(context, {}, now, now, 0).isNull());
     QVERIFY(reader.getPartOfEventlistFilteredByEventType(context, {}, now, now, 0).isNull());
+}
+
+void tst_EventHandlerRead::noQueryWaitsForAFrozenService()
+{
+    EventHandlerRead reader(nullptr);
+    QVERIFY(m_service.freeze());
+    const QStringList none;
+    QElapsedTimer timer;
+    timer.start();
+    const QVector<DBusPendingReply::SharedPointer> replies{
+        reader.getCompleteEventlist(context),
+        reader.getListOfEventTypes(context),
+        reader.getPartOfEventlistFilteredByStartEndTime(context, timeAt(9), timeAt(10), none, 0),
+        reader.getPartOfEventlistFilteredByStartEndUnixTime(context, 1, 2, none, 0),
+        reader.getPartOfEventlistFilteredById(context, 1, 2, none, 0, false),
+        reader.getPartOfEventlistFilteredByKeywords(context, none, timeAt(9), timeAt(10), 0),
+        reader.getPartOfEventlistFilteredByModuleName(context, none, timeAt(9), timeAt(10), 0),
+        reader.getPartOfEventlistFilteredByEventType(context, {}, timeAt(9), timeAt(10), 0)};
+    // The service answers after the thaw only: whoever had waited for it would be waiting still.
+    QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+    for (const auto& reply : replies)
+    {
+        QVERIFY(!reply.isNull());
+        QVERIFY(!reply->isFinished());
+    }
+    m_service.thaw();
+    for (const auto& reply : replies)
+    {
+        QTRY_VERIFY(reply->isFinished());
+        QVERIFY(!reply->isError());
+    }
 }
 
 void tst_EventHandlerRead::answersOutliveTheReader()

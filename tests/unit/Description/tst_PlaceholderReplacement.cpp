@@ -503,7 +503,7 @@ void tst_PlaceholderReplacement::stopsWhereManyPlaceholdersMeetLargeTexts()
     // 64 searches in texts of 16 Mi units are allowed.
     const QString end = QStringLiteral(" %000063 %000064");
     const QString fill(maximumTextUnits - end.size(), QLatin1Char('x'));
-    QVariantMap textList{{enKey, fill + end}};
+    QVariantMap textList{{enKey, QString(fill + end)}};
     QJsonObject arguments;
     for (int i = 0; i < 100000; ++i)
     {
