@@ -2,6 +2,7 @@
 """`eventlist alarms` and `eventlist ack`: an alarm from its coming to its going."""
 
 import json
+import re
 import unittest
 
 from device import Device, wait_until
@@ -13,7 +14,7 @@ FAULT = "{11111111-3b0d-4e57-9a41-0d2c7be41f05}"
 
 def detector(program):
     """What has been told about the central detector."""
-    return [line.split()[2].strip(".") for line in program.lines() if line.startswith("Central detector: ")]
+    return re.findall(r"^Central detector: (off|ON)\. ?.*\n", program.out, re.M)
 
 
 class EventlistAlarms(unittest.TestCase):
@@ -92,7 +93,7 @@ class EventlistAlarms(unittest.TestCase):
 
     def test_follows_every_change(self):
         program = self.device.start_eventlist("alarms", "--follow", "--language", "en")
-        program.wait_for("The alarm list is empty.")
+        program.wait_for("The alarm list is empty.\nCentral detector: off.\n")
 
         def change(what, act):
             act()
@@ -110,6 +111,7 @@ class EventlistAlarms(unittest.TestCase):
 
     def test_follows_with_a_central_detector_that_is_on_already(self):
         self.alarm(PUMP, "pump", 1)
+        wait_until(self.device.alarms, "the alarm is there")
         program = self.device.start_eventlist("alarms", "--follow", "--language", "en")
         program.wait_for("Central detector: ON. Silence it with 'eventlist ack --central'.\n")
         self.assertIn("pump", program.lines()[1])
