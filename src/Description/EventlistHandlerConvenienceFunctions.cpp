@@ -28,7 +28,7 @@ constexpr qint64 maximumTextUnits = 16 * 1024 * 1024;
 
 // Each placeholder is looked for in all texts. Without a bound, a hundred thousand placeholders in
 // texts just below the limit above take minutes; 20,000 in texts of 50,000 units stay below this one.
-constexpr qint64 maximumSearchedUnits = 1024 * 1024 * 1024;
+constexpr qint64 maximumSearchedUnits = qint64(1024) * 1024 * 1024;
 
 qint64 unitsOf(const QVariantMap& textList)
 {
