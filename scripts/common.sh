@@ -31,6 +31,8 @@ use_compiler_cache()
         export CCACHE_DIR=$PWD/build/ccache
         mkdir -p "$CCACHE_DIR"
     fi
+    # It takes no part in what includes precompiled headers without this.
+    export CCACHE_SLOPPINESS=${CCACHE_SLOPPINESS:-pch_defines,time_macros}
     compiler_cache=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 }
 
