@@ -5,10 +5,11 @@
 #   platform              the stand-in for the device's closed services, and the common texts; a device that has
 #                         its own services leaves this out
 #   platform-development  the stand-in's headers and link name
-#   service               the reference central service and the interfaces of its objects
+#   service               the reference central service, the interfaces of its objects, and what makes it part of a
+#                         system: policy and activation file of the bus, unit, user, folders
 #   tools                 the command line tool
 #
-# Nothing is made below the data root: the spool folder belongs to whoever runs the central service.
+# Nothing is installed below the data root: its folders are made by systemd-tmpfiles, or by whoever runs the service.
 
 include(CMakePackageConfigHelpers)
 
@@ -61,6 +62,7 @@ function(eventlisthandler_install_program target component)
 endfunction()
 eventlisthandler_install_program(eventlistd service)
 eventlisthandler_install_program(eventlist tools)
+include(EventlistHandlerSystemFiles)
 
 install(EXPORT EventlistHandlerTargets NAMESPACE EventlistHandler:: DESTINATION "${package_folder}"
     COMPONENT development)

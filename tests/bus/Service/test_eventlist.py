@@ -70,6 +70,10 @@ class Storing(ServiceTest):
             "SELECT uid, pid, road FROM content JOIN event USING(id) WHERE module = 'known'"
         ).fetchone()
         self.assertEqual(row, (os.getuid(), os.getpid(), 0))
+        answer = self.client.part(modules=["known"], columns=["SenderUid", "ModuleName", "SenderPid"])
+        self.assertEqual(answer.header, ["SenderUid", "ModuleName", "SenderPid"])
+        self.assertEqual(answer.rows[0], {"SenderUid": str(os.getuid()), "ModuleName": "known",
+                                          "SenderPid": str(os.getpid())})
 
     def test_an_unreadable_time_becomes_the_time_of_arrival(self):
         before = int(time.time() * 1000)

@@ -52,7 +52,10 @@ def expected_files(libdir, source):
             rf"{package}PlatformTargets\.cmake", rf"{package}PlatformTargets-\w+\.cmake",
             *(re.escape(f"{headers}Platform/{header}") for header in platform)],
         "service": [
-            r"bin/eventlistd", *(rf"share/dbus-1/interfaces/{re.escape(name)}" for name in interfaces)],
+            r"bin/eventlistd", r"lib/systemd/system/eventlistd\.service", r"lib/sysusers\.d/eventlistd\.conf",
+            r"lib/tmpfiles\.d/eventlistd\.conf", r"share/dbus-1/system\.d/org\.eventlist\.EventlistHandler\.conf",
+            r"share/dbus-1/system-services/org\.eventlist\.EventlistHandler\.service",
+            *(rf"share/dbus-1/interfaces/{re.escape(name)}" for name in interfaces)],
         "tools": [r"bin/eventlist"],
     }
 
