@@ -71,7 +71,7 @@ def build_with_pkg_config(arguments, source, program):
     names = ("eventlisthandler", "eventlisthandler-platform")
     flags = must("pkg-config", "--cflags", "--libs", *names, env=environment)
     texts = must("pkg-config", "--variable=textdir", names[1], env=environment).strip()
-    must(*shlex.split(arguments.compiler), "-std=c++17", source, "-o", program, f'-DPUMP_TEXT_FOLDER="{texts}"',
+    must(*shlex.split(arguments.compiler), "-std=c++17", "-fPIC", source, "-o", program, f'-DPUMP_TEXT_FOLDER="{texts}"',
          *shlex.split(flags))
     expect("the version", must("pkg-config", "--modversion", *names, env=environment).split(), [arguments.version] * 2)
 

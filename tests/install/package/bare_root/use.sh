@@ -22,7 +22,7 @@ cmake -S /consumer -B /tmp/consumer >/tmp/cmake.log || { cat /tmp/cmake.log; fai
 cmake --build /tmp/consumer >/tmp/build.log || { cat /tmp/build.log; fail "the consumer was not built"; }
 # Words of the shell on purpose.
 # shellcheck disable=SC2046
-c++ -std=c++17 /consumer/consumer.cpp -o /tmp/consumer/by_pkg_config \
+c++ -std=c++17 -fPIC /consumer/consumer.cpp -o /tmp/consumer/by_pkg_config \
     "-DTEXT_FOLDER=\"$(pkg-config --variable=textdir eventlisthandler-platform)\"" \
     $(pkg-config --cflags --libs eventlisthandler eventlisthandler-platform)
 
