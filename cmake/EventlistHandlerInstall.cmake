@@ -7,6 +7,7 @@
 #   platform-development  the stand-in's headers and link name
 #   service               the reference central service and the interfaces of its objects
 #   tools                 the command line tool
+#   testsupport           the kit with which modules are tested, in C++ and in Python
 #
 # Nothing is made below the data root: the spool folder belongs to whoever runs the central service.
 
@@ -15,6 +16,7 @@ include(CMakePackageConfigHelpers)
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/EventlistHandler")
 set(header_folder "${CMAKE_INSTALL_INCLUDEDIR}/EventlistHandler")
 set(text_folder "${CMAKE_INSTALL_DATADIR}/EventlistHandler/texts")
+set(dbusmock_template "${CMAKE_INSTALL_DATADIR}/EventlistHandler/dbusmock/eventlisthandler.py")
 
 # The library and the stand-in are exported apart: each works when the other comes from elsewhere.
 install(TARGETS EventlistHandler EXPORT EventlistHandlerTargets
@@ -35,6 +37,18 @@ install(FILES ${platform_headers} DESTINATION "${header_folder}/Platform" COMPON
 if(EVENTLISTHANDLER_TEXT_FOLDER)
     install(DIRECTORY "${EVENTLISTHANDLER_TEXT_FOLDER}/" DESTINATION "${text_folder}" COMPONENT platform
         FILES_MATCHING PATTERN "*.qm")
+endif()
+
+if(TARGET EventlistHandlerTestSupport)
+    install(TARGETS EventlistHandlerTestSupport EXPORT EventlistHandlerTestSupportTargets
+        ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT testsupport)
+    get_property(test_support_headers GLOBAL PROPERTY EVENTLISTHANDLER_TEST_SUPPORT_HEADERS)
+    list(TRANSFORM test_support_headers PREPEND "${PROJECT_SOURCE_DIR}/tests/support/")
+    install(FILES ${test_support_headers} DESTINATION "${header_folder}/TestSupport" COMPONENT testsupport)
+    install(FILES "${PROJECT_BINARY_DIR}/dbusmock/eventlisthandler.py"
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/EventlistHandler/dbusmock" COMPONENT testsupport)
+    install(EXPORT EventlistHandlerTestSupportTargets NAMESPACE EventlistHandler:: DESTINATION "${package_folder}"
+        COMPONENT testsupport)
 endif()
 
 # Where D-Bus tools look for interfaces.
@@ -68,7 +82,7 @@ install(EXPORT EventlistHandlerPlatformTargets NAMESPACE EventlistHandler:: DEST
     COMPONENT platform-development)
 configure_package_config_file(cmake/EventlistHandlerConfig.cmake.in
     "${PROJECT_BINARY_DIR}/package/EventlistHandlerConfig.cmake"
-    INSTALL_DESTINATION "${package_folder}" PATH_VARS text_folder)
+    INSTALL_DESTINATION "${package_folder}" PATH_VARS text_folder dbusmock_template)
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/package/EventlistHandlerConfigVersion.cmake"
     COMPATIBILITY SameMajorVersion)
 install(FILES

@@ -34,6 +34,7 @@ def expected_files(libdir, source):
     headers = "include/EventlistHandler/"
     public = listed(source / "src/CMakeLists.txt", "public_headers")
     platform = listed(source / "platform/CMakeLists.txt", "api_headers")
+    test_support = listed(source / "tests/support/CMakeLists.txt", "public_headers")
     texts = [path.stem for path in (source / "platform/standin/texts").glob("*.ts")]
     interfaces = [path.name for path in (source / "service/interfaces").glob("*.xml")]
     return {
@@ -54,6 +55,10 @@ def expected_files(libdir, source):
         "service": [
             r"bin/eventlistd", *(rf"share/dbus-1/interfaces/{re.escape(name)}" for name in interfaces)],
         "tools": [r"bin/eventlist"],
+        "testsupport": [
+            rf"{libdir}/libEventlistHandlerTestSupport\.a", r"share/EventlistHandler/dbusmock/eventlisthandler\.py",
+            rf"{package}TestSupportTargets\.cmake", rf"{package}TestSupportTargets-\w+\.cmake",
+            *(re.escape(headers + header) for header in test_support)],
     }
 
 

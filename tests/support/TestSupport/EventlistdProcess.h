@@ -45,8 +45,11 @@ public:
     /// Where the service keeps its list.
     QString databasePath() const;
 
-    /// The program: $EVENTLISTHANDLER_EVENTLISTD, else the one of this build, else the one in $PATH.
+    /// The program: $EVENTLISTHANDLER_EVENTLISTD, else the one in $PATH.
     static QString program();
+
+    /// Its texts: $EVENTLISTHANDLER_TEXTS, else those that were installed with the program.
+    static QString textFolder();
 
 private:
     const QTemporaryDir m_folder;
