@@ -22,6 +22,7 @@ private Q_SLOTS:
     void showsTheEventsOfAModule();
     void showsThatNothingWasLogged();
     void leavesOtherCallsOut();
+    void handsEventsOutOnce();
     void waitsForAnEventOfAnotherProcess();
     void showsWhatCameInsteadOfTheAwaitedEvent();
 
@@ -93,6 +94,16 @@ void tst_RecordingCentralService::leavesOtherCallsOut()
 
     VERIFY_EVENTS(m_service.events(), {});
     QCOMPARE(m_service.received().size(), 1);
+}
+
+void tst_RecordingCentralService::handsEventsOutOnce()
+{
+    EventHandler events(QStringLiteral("PumpControl"), m_texts,
+                        QStringLiteral("PumpControl/PumpName3"), {});
+    events.logEvent({});
+
+    QCOMPARE(m_service.takeEvents().size(), 1);
+    VERIFY_EVENTS(m_service.takeEvents(), {});
 }
 
 void tst_RecordingCentralService::waitsForAnEventOfAnotherProcess()

@@ -28,6 +28,13 @@ QVector<RecordedEvent> RecordingCentralService::events()
     return eventsAmong(received());
 }
 
+QVector<RecordedEvent> RecordingCentralService::takeEvents()
+{
+    const QVector<RecordedEvent> result = events();
+    clear();
+    return result;
+}
+
 QVector<RecordedEvent> RecordingCentralService::eventsSoFar()
 {
     return eventsAmong(receivedSoFar());

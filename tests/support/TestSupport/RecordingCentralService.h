@@ -35,6 +35,10 @@ public:
     /// has all messages.
     QVector<RecordedEvent> events();
 
+    /// Hands out the events and forgets them, with all other records: for the next step of a test.
+    /// Unlike clear() it waits for what this process has sent.
+    QVector<RecordedEvent> takeEvents();
+
     /// What has arrived until now, for events of another process.
     QVector<RecordedEvent> eventsSoFar();
 
