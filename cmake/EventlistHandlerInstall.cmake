@@ -82,10 +82,11 @@ install(EXPORT EventlistHandlerPlatformTargets NAMESPACE EventlistHandler:: DEST
     COMPONENT platform-development)
 configure_package_config_file(cmake/EventlistHandlerConfig.cmake.in
     "${PROJECT_BINARY_DIR}/package/EventlistHandlerConfig.cmake"
-    INSTALL_DESTINATION "${package_folder}" PATH_VARS text_folder dbusmock_template)
+    INSTALL_DESTINATION "${package_folder}" PATH_VARS text_folder dbusmock_template CMAKE_INSTALL_BINDIR)
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/package/EventlistHandlerConfigVersion.cmake"
     COMPATIBILITY SameMajorVersion)
 install(FILES
+    cmake/EventlistHandlerTexts.cmake
     "${PROJECT_BINARY_DIR}/package/EventlistHandlerConfig.cmake"
     "${PROJECT_BINARY_DIR}/package/EventlistHandlerConfigVersion.cmake"
     DESTINATION "${package_folder}" COMPONENT development)

@@ -42,7 +42,7 @@ def expected_files(libdir, source):
         "development": [
             rf"{libdir}/libEventlistHandler\.so",
             rf"{package}Config\.cmake", rf"{package}ConfigVersion\.cmake",
-            rf"{package}Targets\.cmake", rf"{package}Targets-\w+\.cmake",
+            rf"{package}Targets\.cmake", rf"{package}Targets-\w+\.cmake", rf"{package}Texts\.cmake",
             r"share/dbus-1/interfaces/Interface\.Events\.xml",
             *(re.escape(headers + header) for header in public)],
         "platform": [
