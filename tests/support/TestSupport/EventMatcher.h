@@ -40,6 +40,7 @@ public:
     EventMatcher& type(int type);
     EventMatcher& state(int state);
 
+    /// The field of RecordedEvent that has this name.
     EventMatcher& eventId(const QString& eventId);
     EventMatcher& moduleName(const QString& moduleName);
     EventMatcher& user(const QString& user);
@@ -65,6 +66,7 @@ public:
     EventMatcher& argument(const QString& placeholder, const QString& value,
                            const QString& language = QString());
 
+    /// Whether there are no differences.
     bool matches(const RecordedEvent& event) const;
 
     /// One line for each field that is not as expected, such as

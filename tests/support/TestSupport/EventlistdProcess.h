@@ -33,7 +33,9 @@ public:
     bool freeze();
     void thaw();
 
+    /// True also while it is frozen.
     bool isRunning() const;
+    /// 0 while it does not run.
     qint64 processId() const;
 
     /// What went wrong last, for QVERIFY2. Valid until the next call.

@@ -17,10 +17,13 @@
 class GoogleTestEventMatcher
 {
 public:
+    /// Tells GoogleTest what this is.
     using is_gtest_matcher = void;
 
+    /// Keeps a copy.
     explicit GoogleTestEventMatcher(const EventMatcher& matcher) : m_matcher(matcher) {}
 
+    /// What GoogleTest calls; a test does not.
     bool MatchAndExplain(const RecordedEvent& event, testing::MatchResultListener* listener) const
     {
         const QStringList differences = m_matcher.differences(event);
@@ -28,11 +31,13 @@ public:
         return differences.isEmpty();
     }
 
+    /// Likewise.
     void DescribeTo(std::ostream* stream) const
     {
         *stream << "is an event with " << m_matcher.toText().toStdString();
     }
 
+    /// Likewise.
     void DescribeNegationTo(std::ostream* stream) const
     {
         *stream << "is no event with " << m_matcher.toText().toStdString();

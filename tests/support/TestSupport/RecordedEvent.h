@@ -14,19 +14,19 @@ struct RecordedEvent
 {
     /// Says what is wrong when a message or a file is no event. Empty for an event.
     QString problem;
-    int type = -1;  ///< 0 alarm, 1 audit trail, 2 fault, 3 other
-    int state = -1; ///< 0 neither, 1 the condition begins, 2 it ends
-    QString icon;
-    QString time; ///< ISO 8601 with milliseconds and offset
-    QString moduleName;
-    QJsonObject texts; ///< language key to finished text
-    QStringList keywords;
-    QString user;
-    QString eventId; ///< text url of the description
-    QString alarmId;
-    QJsonObject metaData; ///< "DescriptionScheme" and "Arguments"
-    int sourceHashType = 0;
-    QString sourceHashes;
+    int type = -1;          ///< 0 alarm, 1 audit trail, 2 fault, 3 other
+    int state = -1;         ///< 0 neither, 1 the condition begins, 2 it ends
+    QString icon;           ///< name of the icon
+    QString time;           ///< ISO 8601 with milliseconds and offset
+    QString moduleName;     ///< module that reports
+    QJsonObject texts;      ///< language key to finished text
+    QStringList keywords;   ///< in their order
+    QString user;           ///< user to whom the event belongs, or empty
+    QString eventId;        ///< text url of the description
+    QString alarmId;        ///< what belongs together of an alarm or fault
+    QJsonObject metaData;   ///< "DescriptionScheme" and "Arguments"
+    int sourceHashType = 0; ///< stands beside the hashes
+    QString sourceHashes;   ///< hexadecimal, one behind the other
 
     /// From the call "logEvent".
     static RecordedEvent fromCall(const RecordedMessage& call);

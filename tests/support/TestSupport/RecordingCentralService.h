@@ -28,6 +28,7 @@
 class RecordingCentralService : public ForeignService
 {
 public:
+    /// Starts nothing yet. The bus must outlive the service.
     explicit RecordingCentralService(const PrivateBus& bus);
 
     /// The events that have arrived, in order, after all that this process has sent.

@@ -37,8 +37,10 @@ TEST(Pump, RaisesItsAlarmOnce)
 
     // A failure is readable, too.
     testing::StringMatchResultListener listener;
-    EXPECT_FALSE(testing::ExplainMatchResult(isEvent(EventMatcher::faultEnds(hot)), events.first(), &listener));
-    EXPECT_EQ(listener.str(), "type: expected \"fault\", was \"alarm\"; state: expected \"ends\", was \"begins\"");
+    EXPECT_FALSE(testing::ExplainMatchResult(isEvent(EventMatcher::faultEnds(hot)), events.first(),
+                                             &listener));
+    EXPECT_EQ(listener.str(),
+              "type: expected \"fault\", was \"alarm\"; state: expected \"ends\", was \"begins\"");
     EXPECT_EQ(testing::PrintToString(events.first()).substr(0, 12), "alarm begins");
 }
 
