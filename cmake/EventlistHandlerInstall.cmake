@@ -9,6 +9,7 @@
 #   service               the reference central service, the interfaces of its objects, and what makes it part of a
 #                         system: policy and activation file of the bus, unit, user, folders
 #   tools                 the command line tool, its man page and its completion for bash
+#   testsupport           the kit with which modules are tested, in C++ and in Python
 #   documentation         what this tree says about itself
 #
 # Nothing is installed below the data root: its folders are made by systemd-tmpfiles, or by whoever runs the service.
@@ -18,6 +19,7 @@ include(CMakePackageConfigHelpers)
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/EventlistHandler")
 set(header_folder "${CMAKE_INSTALL_INCLUDEDIR}/EventlistHandler")
 set(text_folder "${CMAKE_INSTALL_DATADIR}/EventlistHandler/texts")
+set(dbusmock_template "${CMAKE_INSTALL_DATADIR}/EventlistHandler/dbusmock/eventlisthandler.py")
 
 # The library and the stand-in are exported apart: each works when the other comes from elsewhere.
 install(TARGETS EventlistHandler EXPORT EventlistHandlerTargets
@@ -38,6 +40,18 @@ install(FILES ${platform_headers} DESTINATION "${header_folder}/Platform" COMPON
 if(EVENTLISTHANDLER_TEXT_FOLDER)
     install(DIRECTORY "${EVENTLISTHANDLER_TEXT_FOLDER}/" DESTINATION "${text_folder}" COMPONENT platform
         FILES_MATCHING PATTERN "*.qm")
+endif()
+
+if(TARGET EventlistHandlerTestSupport)
+    install(TARGETS EventlistHandlerTestSupport EXPORT EventlistHandlerTestSupportTargets
+        ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT testsupport)
+    get_property(test_support_headers GLOBAL PROPERTY EVENTLISTHANDLER_TEST_SUPPORT_HEADERS)
+    list(TRANSFORM test_support_headers PREPEND "${PROJECT_SOURCE_DIR}/tests/support/")
+    install(FILES ${test_support_headers} DESTINATION "${header_folder}/TestSupport" COMPONENT testsupport)
+    install(FILES "${PROJECT_BINARY_DIR}/dbusmock/eventlisthandler.py"
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/EventlistHandler/dbusmock" COMPONENT testsupport)
+    install(EXPORT EventlistHandlerTestSupportTargets NAMESPACE EventlistHandler:: DESTINATION "${package_folder}"
+        COMPONENT testsupport)
 endif()
 
 # Where D-Bus tools look for interfaces.
@@ -95,7 +109,7 @@ install(FILES "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG
     DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT documentation)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" "${PROJECT_SOURCE_DIR}/examples"
     DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT documentation
-    PATTERN "man" EXCLUDE PATTERN "__pycache__" EXCLUDE)
+    PATTERN "man" EXCLUDE PATTERN "Doxyfile" EXCLUDE PATTERN "__pycache__" EXCLUDE)
 
 install(EXPORT EventlistHandlerTargets NAMESPACE EventlistHandler:: DESTINATION "${package_folder}"
     COMPONENT development)
@@ -103,10 +117,11 @@ install(EXPORT EventlistHandlerPlatformTargets NAMESPACE EventlistHandler:: DEST
     COMPONENT platform-development)
 configure_package_config_file(cmake/EventlistHandlerConfig.cmake.in
     "${PROJECT_BINARY_DIR}/package/EventlistHandlerConfig.cmake"
-    INSTALL_DESTINATION "${package_folder}" PATH_VARS text_folder)
+    INSTALL_DESTINATION "${package_folder}" PATH_VARS text_folder dbusmock_template CMAKE_INSTALL_BINDIR)
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/package/EventlistHandlerConfigVersion.cmake"
     COMPATIBILITY SameMajorVersion)
 install(FILES
+    cmake/EventlistHandlerTexts.cmake
     "${PROJECT_BINARY_DIR}/package/EventlistHandlerConfig.cmake"
     "${PROJECT_BINARY_DIR}/package/EventlistHandlerConfigVersion.cmake"
     DESTINATION "${package_folder}" COMPONENT development)

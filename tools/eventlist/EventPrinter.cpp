@@ -1,8 +1,8 @@
 #include "eventlist/EventPrinter.h"
 
+#include "eventlist/JsonText.h"
 #include "eventlist/ListReply.h"
 #include "eventlist/Output.h"
-#include "eventlist/SafeText.h"
 #include "eventlist/SenderColumns.h"
 #include "eventlist/Table.h"
 #include "eventlist/Words.h"
@@ -108,8 +108,7 @@ QString EventPrinter::jsonText(const ListReply& list, int row)
     {
         object.insert(column, jsonValue(column, list.value(row, column)));
     }
-    return SafeText::escapedJson(
-        QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)));
+    return JsonText::of(object);
 }
 
 QString EventPrinter::shortTime(const QString& time)

@@ -21,5 +21,6 @@ int main(int argc, char** argv)
     const auto ping = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/"),
         QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"));
-    return DBusConnection::getQDBusConnection().call(ping).type() == QDBusMessage::ReplyMessage ? 0 : 1;
+    return DBusConnection::getQDBusConnection().call(ping).type() == QDBusMessage::ReplyMessage ? 0
+                                                                                                : 1;
 }
