@@ -62,7 +62,8 @@ function(eventlisthandler_set_test_properties name kind timeout is_spooling is_s
             message(FATAL_ERROR "${name} needs the service: set EVENTLISTHANDLER_BUILD_SERVICE to ON")
         endif()
         set_property(TEST ${name} APPEND PROPERTY ENVIRONMENT_MODIFICATION
-            "EVENTLISTHANDLER_EVENTLISTD=set:$<TARGET_FILE:eventlistd>")
+            "EVENTLISTHANDLER_EVENTLISTD=set:$<TARGET_FILE:eventlistd>"
+            "EVENTLISTHANDLER_TEXTS=set:${EVENTLISTHANDLER_TEXT_FOLDER}")
     endif()
 endfunction()
 

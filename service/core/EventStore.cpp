@@ -113,7 +113,7 @@ Selection selection(const EventFilter& filter, const EventColumns& columns)
     // CROSS keeps the order of the loops: the small rows decide, the large ones are only fetched.
     return {QStringLiteral("SELECT e.id, e.type, e.state, e.time_ms, e.module, e.keywords,"
                            " e.event_id, c.timestamp, c.offset_s, c.icon, c.user, c.alarm_id,"
-                           " c.source_hash_type, c.source_hashes, ") +
+                           " c.source_hash_type, c.source_hashes, c.uid, c.pid, ") +
                 wide(QStringLiteral("c.description"), names::description()) + QStringLiteral(", ") +
                 wide(QStringLiteral("c.metadata"), names::metaData()) +
                 QStringLiteral(" FROM event e CROSS JOIN content c ON c.id = e.id WHERE ") +
@@ -121,6 +121,17 @@ Selection selection(const EventFilter& filter, const EventColumns& columns)
                 (filter.oldestFirst ? QStringLiteral("ASC") : QStringLiteral("DESC")) +
                 QStringLiteral(" LIMIT ?"),
             values};
+}
+
+// What is not known is NULL in the file.
+QVariant known(qint64 number)
+{
+    return number < 0 ? QVariant(QVariant::LongLong) : QVariant(number);
+}
+
+qint64 knownNumber(const QVariant& stored)
+{
+    return stored.isNull() ? -1 : stored.toLongLong();
 }
 
 Event readEvent(const QSqlQuery& query)
@@ -141,6 +152,8 @@ Event readEvent(const QSqlQuery& query)
     event.alarmId = query.value(column++).toString();
     event.sourceHashType = query.value(column++).toInt();
     event.sourceHashes = query.value(column++).toString();
+    event.senderUid = knownNumber(query.value(column++));
+    event.senderPid = knownNumber(query.value(column++));
     event.description = query.value(column++).toString();
     event.metaData = query.value(column++).toString();
     return event;
@@ -151,11 +164,6 @@ void bindAll(QSqlQuery& query, const Values&... values)
 {
     int position = 0;
     (query.bindValue(position++, values), ...);
-}
-
-QVariant known(qint64 number)
-{
-    return number < 0 ? QVariant(QVariant::LongLong) : QVariant(number);
 }
 } // namespace
 

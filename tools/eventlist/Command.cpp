@@ -9,6 +9,7 @@
 #include "eventlist/LogCommand.h"
 #include "eventlist/MessageLog.h"
 #include "eventlist/Output.h"
+#include "eventlist/TextsCheckCommand.h"
 #include "eventlist/TypesCommand.h"
 
 namespace
@@ -52,7 +53,13 @@ Command::~Command() = default;
 QString Command::help() const
 {
     QString text = QStringLiteral("Usage: eventlist ") + name() + QLatin1Char(' ') + usage() +
-                   QStringLiteral("\n\n") + explanation() + QStringLiteral("\nOptions:\n");
+                   QStringLiteral("\n\n") + explanation();
+    if (!aliases().isEmpty())
+    {
+        text += QStringLiteral("\nAlso called: ") + aliases().join(QStringLiteral(", ")) +
+                QLatin1Char('\n');
+    }
+    text += QStringLiteral("\nOptions:\n");
     for (const Option& option : options() + commonOptions())
     {
         text += optionLine(option);
@@ -62,8 +69,13 @@ QString Command::help() const
     {
         text += QStringLiteral("  eventlist ") + example + QLatin1Char('\n');
     }
-    return text + QStringLiteral("\nExit codes: 0 done, 1 failed or refused, 2 wrong command line, "
-                                 "3 bus or service not there\n");
+    return text + QStringLiteral("\nExit codes: ") + exitCodes() + QLatin1Char('\n');
+}
+
+QString Command::exitCodes() const
+{
+    return QStringLiteral("0 done, 1 failed or refused, 2 wrong command line, "
+                          "3 bus or service not there");
 }
 
 int Command::complain(const QString& text) const
@@ -99,7 +111,27 @@ const std::vector<std::unique_ptr<Command>>& Command::all()
         made.push_back(std::make_unique<LogCommand>());
         made.push_back(std::make_unique<TypesCommand>());
         made.push_back(std::make_unique<DeleteCommand>());
+        made.push_back(std::make_unique<TextsCheckCommand>());
         return made;
     }();
     return commands;
+}
+
+Command* Command::find(const QStringList& words, int& used)
+{
+    Command* found = nullptr;
+    used = 0;
+    for (const auto& command : all())
+    {
+        for (const QString& name : QStringList{command->name()} + command->aliases())
+        {
+            const QStringList parts = name.split(QLatin1Char(' '));
+            if (parts.size() > used && words.mid(0, parts.size()) == parts)
+            {
+                found = command.get();
+                used = parts.size();
+            }
+        }
+    }
+    return found;
 }

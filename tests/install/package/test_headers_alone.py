@@ -14,7 +14,7 @@ FLAGS = ["-std=c++17", "-fsyntax-only", "-fPIC", "-Wall", "-Wextra", "-Wpedantic
 
 
 def qt_flags():
-    words = subprocess.run(["pkg-config", "--cflags", "Qt5Core", "Qt5DBus"], check=True, capture_output=True,
+    words = subprocess.run(["pkg-config", "--cflags", "Qt5Core", "Qt5DBus", "Qt5Test"], check=True, capture_output=True,
                            text=True).stdout.split()
     # Qt's own headers are not what is looked at.
     return ["-isystem" + word[2:] if word.startswith("-I") else word for word in words]

@@ -48,6 +48,7 @@ private Q_SLOTS:
     void remembersASpoolFileOnce();
     void forgetsOldSpoolFiles();
     void leavesColumnsOutThatNobodyWants();
+    void tellsTheSenderOnRequestOnly();
     void keepsNulAndSpecialCharacters();
 
 private:
@@ -274,6 +275,26 @@ void tst_EventStore::leavesColumnsOutThatNobodyWants()
     QCOMPARE(answer.header(), QStringList({s("State"), s("EventlistId")}));
     QCOMPARE(answer.rows(), Rows({{s("0"), s("1")}}));
     QCOMPARE(EventColumns().header().size(), 17);
+}
+
+void tst_EventStore::tellsTheSenderOnRequestOnly()
+{
+    QVERIFY(!EventColumns().contains(s("SenderUid")));
+    Event known = makeEvent(0);
+    known.senderUid = 0;
+    known.senderPid = 4294967295;
+    Event spooled = makeEvent(1);
+    spooled.senderUid = 1000;
+    Event unknown = makeEvent(2);
+    QVERIFY(m_store->append(known));
+    QVERIFY(m_store->append(spooled));
+    QVERIFY(m_store->append(unknown));
+
+    const EventColumns columns({s("SenderPid"), s("*"), s("SenderUid")});
+    QCOMPARE(columns.header(),
+             QStringList{s("SenderPid")} + EventColumns().header() + QStringList{s("SenderUid")});
+    QCOMPARE(read(EventFilter(), s("SenderUid")), QStringList({s(""), s("1000"), s("0")}));
+    QCOMPARE(read(EventFilter(), s("SenderPid")), QStringList({s(""), s(""), s("4294967295")}));
 }
 
 void tst_EventStore::keepsNulAndSpecialCharacters()
