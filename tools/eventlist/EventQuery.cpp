@@ -49,10 +49,7 @@ bool EventQuery::read(const Arguments& arguments)
     m_modules = arguments.values(QStringLiteral("module"));
     m_keywords = arguments.values(QStringLiteral("keyword"));
     m_eventIds = arguments.values(QStringLiteral("event-id"));
-    m_language = arguments.isSet(QStringLiteral("language"))
-                     ? Language::key(arguments.value(QStringLiteral("language")))
-                 : arguments.isSet(QStringLiteral("json")) ? QString()
-                                                           : Language::ofUser();
+    m_language = Language::ofArguments(arguments);
     return readTypes(arguments.list(QStringLiteral("type"))) && readTimes(arguments);
 }
 
