@@ -18,7 +18,9 @@ LOGIC = re.compile(r"(?<=\s)(&&|\|\|)(?=\s)")
 NOT = re.compile(r"!(?=[\w(:])")
 BOOL = re.compile(r"(?<!\w)(true|false)(?!\w)")
 NUMBER = re.compile(r"(?<![\w.\[\"'])([012])(?![\w.'\]])")
-LITERAL = re.compile(r'(QStringLiteral\()?"[^"\n]*"(?:\s*"[^"\n]*")*(?(1)\))')
+LITERAL = re.compile(r'(QStringLiteral\()?(?:\bu)?"[^"\n]*"(?:\s*"[^"\n]*")*(?(1)\))')
+# The switch is asked at run time.
+CONSTEXPR_FUNCTION = re.compile(r"^constexpr (?=[\w:]+ \w+\()", re.MULTILINE)
 JUMP = re.compile(r"^( +)(return|continue|break)\b[^;]*;", re.MULTILINE)
 STATEMENT = re.compile(r"^( {4,})(?:Q_EMIT\s*)?((?:\+\+|--)?[A-Za-z_][\w:]*)", re.MULTILINE)
 # Lines in which a value must be known to the compiler, or that are no code.
@@ -138,8 +140,8 @@ def edits_of(source, path):
             lambda number, word=found[1], other=other: f"({LIVES.format(number)} ? {other} : {word})")
     for found in LITERAL.finditer(mask):
         text = source[found.start():found.end()]
-        nothing = "QString()" if found[1] else '""'
-        if text != '""':
+        nothing = "QString()" if found[1] else 'u""' if text[0] == "u" else '""'
+        if not text.endswith('""'):
             add(found.start(), found.end(), "empty text",
                 lambda number, text=text, nothing=nothing: f"({LIVES.format(number)} ? {nothing} : {text})")
     for found in JUMP.finditer(mask):
@@ -204,4 +206,5 @@ def instrument(source, path, first_number):
         pieces.append(source[position:end])
         return "".join(pieces)
 
-    return '#include "mutation.h"\n' + render(0, len(source), []), mutants
+    text = CONSTEXPR_FUNCTION.sub("inline ", render(0, len(source), []))
+    return '#include "mutation.h"\n' + text, mutants

@@ -148,6 +148,9 @@ class Words(PlantedTree):
     def test_finds_blind_waiting(self):
         self.expect_faulty_line("QTest::qWait(10);", "waits blindly")
 
+    def test_finds_it_behind_a_quote_character_too(self):
+        self.expect_faulty_line("if (unit == u'\"' || size > 1'000) { QTest::qWait(10); }", "waits blindly")
+
     def test_finds_sleep(self):
         self.expect_faulty_line("QThread::msleep(10);", "sleeps")
 
