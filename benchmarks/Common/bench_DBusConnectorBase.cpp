@@ -2,7 +2,7 @@
 //
 //   bench_DBusConnectorBase calls N               asyncCallHelper beside the bare asyncCall
 //   bench_DBusConnectorBase connectors N ...      further connectors, and whole producers, when N are there
-//   bench_DBusConnectorBase round-trips N         makes N connectors, each announced by a call "mark"
+//   bench_DBusConnectorBase times N               how long each of N connectors takes to make
 //
 // Under callgrind each kind is a phase of its own, and "empty" what the measurement itself costs.
 
@@ -20,6 +20,7 @@
 #include <QCoreApplication>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
+#include <QJsonArray>
 
 #include <cstdio>
 #include <functional>
@@ -47,6 +48,7 @@ public:
 // The answers are kept until all are there, and let go inside of the phase.
 void countCalls(int calls)
 {
+    Senders::waitForService();
     const Connector connector;
     BareProxy proxy(QLatin1Char('/') + Definitions::getObjectNameEventlistRead(),
                     Definitions::getInterfaceNameEventlistRead());
@@ -100,7 +102,17 @@ void countFurther(const QString& kind, const std::function<QSharedPointer<QObjec
                   const QStringList& numbers)
 {
     constexpr int further = 50;
+    Senders::waitForService();
     Objects objects;
+    // What happens once in a process, however often it is measured.
+    for (int i = 0; i < further; ++i)
+    {
+        objects.push_back(make());
+        Senders::flushPlatformConnection();
+    }
+    Meter::beginPhase();
+    Senders::flushPlatformConnection();
+    Meter::endPhase(QStringLiteral("empty"));
     for (const QString& number : numbers)
     {
         objects.reserve(std::size_t(number.toInt() + further));
@@ -121,30 +133,21 @@ void countFurther(const QString& kind, const std::function<QSharedPointer<QObjec
                        {QStringLiteral("there"), number.toInt()},
                        {QStringLiteral("heapBytes"), (Meter::heapBytes() - heapBytes) / further}});
     }
-    Meter::beginPhase();
+}
+
+// The connection is there before, so that its own set-up does not count.
+void timeConnectors(int count)
+{
     Senders::flushPlatformConnection();
-    Meter::endPhase(QStringLiteral("empty"));
-}
-
-void mark(const QString& text)
-{
-    QDBusMessage call =
-        QDBusMessage::createMethodCall(Senders::serviceName(), QStringLiteral("/"),
-                                       QStringLiteral("Benchmark.Sink"), QStringLiteral("mark"));
-    call << text;
-    DBusConnection::getQDBusConnection().send(call);
-}
-
-void makeConnectors(int count)
-{
-    mark(QStringLiteral("begin"));
     Objects objects;
+    QJsonArray durationsNs;
     for (int i = 0; i < count; ++i)
     {
+        const qint64 beginNs = Meter::wallNs();
         objects.push_back(newConnector());
-        mark(QString::number(i));
+        durationsNs.append(Meter::wallNs() - beginNs);
     }
-    Senders::flushPlatformConnection();
+    Meter::report({{QStringLiteral("wallNs"), durationsNs}});
 }
 } // namespace
 
@@ -168,7 +171,7 @@ int main(int argc, char** argv)
     }
     else
     {
-        makeConnectors(words[2].toInt());
+        timeConnectors(words[2].toInt());
     }
     return 0;
 }

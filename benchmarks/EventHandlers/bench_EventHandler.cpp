@@ -95,6 +95,7 @@ int main(int argc, char** argv)
     parser.addOption(QCommandLineOption(QStringLiteral("real-service")));
     parser.process(application);
 
+    Senders::waitForService();
     const BenchmarkEvent event(parser.value(QStringLiteral("texts")), number(parser, "arguments"),
                                number(parser, "source-tags"));
     const QStringList names = parser.value(QStringLiteral("senders")).split(QLatin1Char(','));

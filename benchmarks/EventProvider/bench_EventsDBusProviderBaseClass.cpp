@@ -51,11 +51,7 @@ public:
     QVariantMap dictionary;
 
 public Q_SLOTS:
-    void keep(const QVariantMap& received)
-    {
-        dictionary = received;
-        QCoreApplication::quit();
-    }
+    void keep(const QVariantMap& received) { dictionary = received; }
 };
 
 /// A provider that also knows the long way.
@@ -253,8 +249,12 @@ QVariantMap throughTheBus(const QVariantMap& dictionary)
         here.baseService(), QStringLiteral("/Receiver"), QString(), QStringLiteral("keep"));
     call << dictionary;
     const QString other = QStringLiteral("other");
-    QDBusConnection::connectToBus(QDBusConnection::SystemBus, other).send(call);
-    QCoreApplication::exec();
+    const QDBusMessage answer = QDBusConnection::connectToBus(QDBusConnection::SystemBus, other)
+                                    .call(call, QDBus::BlockWithGui);
+    if (answer.type() != QDBusMessage::ReplyMessage)
+    {
+        std::fprintf(stderr, "%s\n", qPrintable(answer.errorMessage()));
+    }
     QDBusConnection::disconnectFromBus(other);
     here.unregisterObject(QStringLiteral("/Receiver"));
     return receiver.dictionary;
@@ -278,6 +278,7 @@ int main(int argc, char** argv)
         std::fputs("Text folder, arguments and events are missing.\n", stderr);
         return 2;
     }
+    Senders::waitForService();
     const BenchmarkEvent event(words[1], words[2].toInt(), 0);
     const QVariantMap dictionary = throughTheBus(dictionaryOf(event));
     const QVector<EventsDBusProviderBaseClass::TextManagerData> texts = {

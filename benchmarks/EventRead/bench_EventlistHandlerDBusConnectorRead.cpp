@@ -110,6 +110,7 @@ int main(int argc, char** argv)
         std::fputs("What is to be measured? See the head of the source.\n", stderr);
         return 2;
     }
+    Senders::waitForService();
     if (words[1] == QLatin1String("changes"))
     {
         tellChanges(words[2].toInt(), words[3].toInt());

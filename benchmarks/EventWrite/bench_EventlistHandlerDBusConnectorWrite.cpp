@@ -37,6 +37,7 @@ int main(int argc, char** argv)
         std::fputs("Text folder, sender and events are missing.\n", stderr);
         return 2;
     }
+    Senders::waitForService();
     const BenchmarkEvent event(words[1], BenchmarkEvent::usualArguments, 0);
     const std::unique_ptr<Sender> sender = Senders::make(words[2], event, 1);
     const EventlistHandlerDBusConnectorWrite early(false);

@@ -4,6 +4,7 @@
 #include "Description/EventlistHandlerConvenienceFunctions.h"
 #include "EventHandlers/EventHandler.h"
 #include "EventWrite/EventHandlerWrite.h"
+#include "EventWrite/EventlistHandlerDBusConnectorWrite.h"
 #include "Support/BareProxy.h"
 #include "Support/BenchmarkEvent.h"
 
@@ -125,6 +126,15 @@ QVariantList callSink(const QString& method)
 QString Senders::serviceName()
 {
     return PropertyManagerConst::getDBusPrefix() + QLatin1Char('.') + Definitions::getModuleName();
+}
+
+void Senders::waitForService()
+{
+    const EventlistHandlerDBusConnectorWrite connector(false);
+    while (!connector.isDBusInterfaceValid())
+    {
+        flushPlatformConnection();
+    }
 }
 
 void Senders::flushPlatformConnection()

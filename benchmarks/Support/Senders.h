@@ -38,6 +38,10 @@ std::unique_ptr<Sender> makeSdBusSender(const BenchmarkEvent& event);
 /// \returns size of the event in bytes; -1 when two of them differ
 qint64 compare(const QStringList& names, const BenchmarkEvent& event, QString& differing);
 
+/// Waits until a connector is valid. The first one of a process waits by itself, but only for 1 s,
+/// which can pass on a busy machine under callgrind.
+void waitForService();
+
 /// Waits until the service has taken all that this process has sent over the connection of the
 /// platform layer.
 void flushPlatformConnection();
