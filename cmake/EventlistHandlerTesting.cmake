@@ -124,7 +124,8 @@ function(eventlisthandler_add_test name)
 endfunction()
 
 # A test that is a script or any other command, in the environment of all tests. It passes with exit code 0;
-# 77 means that it could not run here, for a reason that it has printed.
+# 77 means that it could not run here, for a reason that it has printed. One of the kind "campaign" runs for long, and
+# only when it is asked for: ctest -C campaign -L campaign. The scripts/campaign-* do so.
 #   eventlisthandler_add_script_test(<name> COMMAND <command> [<argument> ...] KIND <kind> [FOLDER <Folder>]
 #                                    [SPOOL] [SERVICE] [TIMEOUT s])
 function(eventlisthandler_add_script_test name)
@@ -136,7 +137,11 @@ function(eventlisthandler_add_script_test name)
     if(TEST_FOLDER)
         set(test ${TEST_KIND}/${TEST_FOLDER}/${name})
     endif()
-    add_test(NAME ${test} COMMAND ${TEST_COMMAND})
+    set(configurations)
+    if(TEST_KIND STREQUAL campaign)
+        set(configurations CONFIGURATIONS campaign)
+    endif()
+    add_test(NAME ${test} COMMAND ${TEST_COMMAND} ${configurations})
     eventlisthandler_test_timeout(timeout "${TEST_KIND}" "${TEST_TIMEOUT}")
     eventlisthandler_set_test_properties(${test} ${TEST_KIND} ${timeout} "${TEST_SPOOL}" "${TEST_SERVICE}")
 endfunction()
@@ -144,7 +149,9 @@ endfunction()
 function(eventlisthandler_test_timeout result kind timeout)
     if(NOT timeout)
         set(timeout 60)
-        if(NOT kind MATCHES "^(unit|bus)$")
+        if(kind STREQUAL campaign)
+            set(timeout 43200)
+        elseif(NOT kind MATCHES "^(unit|bus)$")
             set(timeout 300)
         endif()
     endif()

@@ -57,3 +57,23 @@ configure()
         fail "configuring $preset failed"
     fi
 }
+
+# Builds what the tests need and runs the campaign tests of one folder, which tell their figures. The usage comes on the
+# standard input.
+run_campaign()
+{
+    local folder=$1
+    shift
+    local usage
+    usage=$(cat)
+    if [ $# -gt 0 ]; then
+        [[ "$*" == --help || "$*" == -h ]] || { printf '%s\n' "$usage" >&2; exit 2; }
+        printf '%s\n' "$usage"
+        exit 0
+    fi
+    say "Building"
+    configure development
+    cmake --build build/development -j "$(job_count)" --target all || fail "the build failed"
+    say "The campaign"
+    ctest --test-dir build/development -C campaign -L '^campaign$' -R "^campaign/$folder/" --verbose --no-tests=error
+}
