@@ -12,7 +12,9 @@
 #include <QJsonObject>
 #include <QMap>
 #include <QStringList>
-#include <QStringMatcher>
+
+#include <cstddef>
+#include <vector>
 
 namespace
 {
@@ -27,15 +29,19 @@ const QString argumentTypeText(QLatin1String("text"));
 constexpr qint64 maximumTextUnits = 16 * 1024 * 1024;
 
 // Each placeholder is looked for in all texts. Without a bound, a hundred thousand placeholders in
-// texts just below the limit above take minutes; 20,000 in texts of 50,000 units stay below this one.
-constexpr qint64 maximumSearchedUnits = qint64(1024) * 1024 * 1024;
+// texts just below the limit above take minutes, and so do twenty thousand in as many empty ones;
+// 10,000 in texts of 25,000 units stay below this one.
+constexpr qint64 maximumSearchedUnits = 256 * 1024 * 1024;
 
-qint64 unitsOf(const QVariantMap& textList)
+// What a text costs beside its units.
+constexpr qint64 unitsOfEachText = 128;
+
+qint64 searchedUnitsOf(const QVariantMap& textList)
 {
     qint64 units = 0;
     for (const QVariant& text : textList)
     {
-        units += text.toString().size();
+        units += text.toString().size() + unitsOfEachText;
     }
     return units;
 }
@@ -76,37 +82,69 @@ QString pathOf(const QString& placeholder, const QString& member)
     return placeholder + QLatin1Char('/') + member;
 }
 
-// The places of a placeholder in a text, one after the other, as QString::replace finds them: the
-// next one begins behind the one before. QString::count would count those that overlap too.
-class Places
+// A placeholder that is looked for as QString::replace looks: the next place begins behind the one
+// before. In linear time: QStringMatcher reads a text as often as the placeholder is long when the
+// two nearly match everywhere, and both may come from anybody.
+class Placeholder
 {
 public:
-    Places(const QString& text, const QString& placeholder)
-        : m_text(text), m_matcher(placeholder), m_step(qMax(1, placeholder.size()))
+    explicit Placeholder(const QString& text) : m_text(text), m_borders(std::size_t(text.size()))
     {
+        for (int i = 1, border = 0; i < m_text.size(); ++i)
+        {
+            border = extended(border, m_text.at(i));
+            m_borders[std::size_t(i)] = border;
+        }
     }
 
-    // -1 when there is none any more.
-    int next()
+    int size() const { return m_text.size(); }
+
+    // -1 when there is none from there on.
+    int placeIn(const QString& text, int from) const
     {
-        const int place = m_matcher.indexIn(m_text, m_from);
-        m_from = place + m_step;
-        return place;
+        if (m_text.isEmpty())
+        {
+            return from <= text.size() ? from : -1;
+        }
+        const QChar* characters = text.constData();
+        int matched = 0;
+        for (int i = from; i < text.size(); ++i)
+        {
+            matched = extended(matched, characters[i]);
+            if (matched == m_text.size())
+            {
+                return i + 1 - matched;
+            }
+        }
+        return -1;
     }
+
+    int behind(int place) const { return place + qMax(1, m_text.size()); }
 
 private:
-    const QString& m_text;
-    const QStringMatcher m_matcher;
-    const int m_step;
-    int m_from = 0;
+    // How much of the placeholder a text ends with, after one more character; before it, it was
+    // less than all of it.
+    int extended(int matched, QChar character) const
+    {
+        const QChar* characters = m_text.constData();
+        while (matched > 0 && characters[matched] != character)
+        {
+            matched = m_borders[std::size_t(matched) - 1];
+        }
+        return characters[matched] == character ? matched + 1 : 0;
+    }
+
+    const QString m_text;
+    // For each beginning of the text: how much of it is also its end, but not all of it.
+    std::vector<int> m_borders;
 };
 
-qint64 sizeAfterReplacement(const QString& text, const QString& placeholder,
+qint64 sizeAfterReplacement(const QString& text, const Placeholder& placeholder,
                             const QString& argument)
 {
-    Places places(text, placeholder);
     qint64 count = 0;
-    while (places.next() >= 0)
+    for (int place = placeholder.placeIn(text, 0); place >= 0;
+         place = placeholder.placeIn(text, placeholder.behind(place)))
     {
         ++count;
     }
@@ -115,10 +153,9 @@ qint64 sizeAfterReplacement(const QString& text, const QString& placeholder,
 
 // What QString::replace gives, an empty placeholder included, but in one pass: that one moves the
 // rest of the text again and again when it grows at many places.
-QString replaceAll(const QString& text, const QString& placeholder, const QString& argument)
+QString replaceAll(const QString& text, const Placeholder& placeholder, const QString& argument)
 {
-    Places places(text, placeholder);
-    int place = places.next();
+    int place = placeholder.placeIn(text, 0);
     if (place < 0)
     {
         return text;
@@ -126,7 +163,7 @@ QString replaceAll(const QString& text, const QString& placeholder, const QStrin
     QString result;
     result.reserve(int(sizeAfterReplacement(text, placeholder, argument)));
     int copied = 0;
-    for (; place >= 0; place = places.next())
+    for (; place >= 0; place = placeholder.placeIn(text, placeholder.behind(place)))
     {
         result.append(text.constData() + copied, place - copied);
         result.append(argument);
@@ -137,7 +174,7 @@ QString replaceAll(const QString& text, const QString& placeholder, const QStrin
 }
 
 // True when the texts may be replaced. The exact count is made only where the limit is in reach.
-bool staysBelowLimit(const QVariantMap& textList, const QString& placeholder,
+bool staysBelowLimit(const QVariantMap& textList, const Placeholder& placeholder,
                      const QStringList& arguments)
 {
     qint64 before = 0;
@@ -165,8 +202,10 @@ bool staysBelowLimit(const QVariantMap& textList, const QString& placeholder,
 }
 
 // The arguments are those of the languages of the list, in its order. False leaves the texts alone.
-bool replaceInAll(QVariantMap& textList, const QString& placeholder, const QStringList& arguments)
+bool replaceInAll(QVariantMap& textList, const QString& placeholderText,
+                  const QStringList& arguments)
 {
+    const Placeholder placeholder(placeholderText);
     if (!staysBelowLimit(textList, placeholder, arguments))
     {
         return false;
@@ -280,7 +319,7 @@ void EventlistHandlerConvenienceFunctions::replacePlaceholder(QVariantMap& textL
     qint64 searchedUnits = 0;
     for (const QString& placeholder : placeholders)
     {
-        searchedUnits += unitsOf(textList);
+        searchedUnits += searchedUnitsOf(textList);
         if (searchedUnits > maximumSearchedUnits)
         {
             qWarning() << "Too many placeholders for texts of this size. Not replaced from"
