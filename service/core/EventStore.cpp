@@ -2,6 +2,7 @@
 
 #include "core/Database.h"
 #include "core/EventColumns.h"
+#include "core/KeywordText.h"
 #include "core/Names.h"
 
 #include <QSqlQuery>
@@ -14,9 +15,6 @@ namespace eventlistd
 
 namespace
 {
-// Stands before, between and behind the keywords of a row, so that one of them can be searched for
-// as a whole.
-constexpr char16_t keywordMark = u'\x1f';
 constexpr int spoolKeysKept = 10000;
 
 QString lastIdKey()
@@ -29,17 +27,17 @@ QString firstIdKey()
     return QStringLiteral("first_id");
 }
 
+// The mark also stands before and behind them, so that one keyword can be searched for as a whole.
 QString storedKeywords(const QStringList& keywords)
 {
-    return keywords.isEmpty()
-               ? QStringLiteral("")
-               : QChar(keywordMark) + keywords.join(QChar(keywordMark)) + QChar(keywordMark);
+    const QString mark{QChar(keywordMark)};
+    return keywords.isEmpty() ? QStringLiteral("")
+                              : QString(mark + joinedKeywords(keywords) + mark);
 }
 
 QStringList readKeywords(const QString& stored)
 {
-    return stored.isEmpty() ? QStringList()
-                            : stored.mid(1, stored.size() - 2).split(QChar(keywordMark));
+    return stored.isEmpty() ? QStringList() : splitKeywords(stored.mid(1, stored.size() - 2));
 }
 
 // A null string would become NULL, and the two are one to everybody outside.
@@ -101,7 +99,7 @@ Selection selection(const EventFilter& filter, const EventColumns& columns)
         for (const QString& keyword : filter.keywords)
         {
             searches.append(QStringLiteral("instr(e.keywords, ?) > 0"));
-            values.append(QString(QChar(keywordMark) + keyword + QChar(keywordMark)));
+            values.append(storedKeywords({keyword}));
         }
         conditions.append(QLatin1Char('(') + searches.join(QStringLiteral(" OR ")) +
                           QLatin1Char(')'));

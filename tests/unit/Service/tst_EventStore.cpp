@@ -43,6 +43,7 @@ private Q_SLOTS:
     void keepsNoMoreRowsThanItMay();
     void keepsNoMoreBytesThanItMay();
     void findsKeywordsAsAWhole();
+    void keepsKeywordsThatHoldTheirOwnMark();
     void readsBothDirections();
     void readsNothingForAFilterThatMatchesNothing();
     void remembersASpoolFileOnce();
@@ -212,6 +213,27 @@ void tst_EventStore::findsKeywordsAsAWhole()
     QCOMPARE(read(filter), QStringList());
     QCOMPARE(read(EventFilter(), s("KeywordName")),
              QStringList({QString(), s("Firmware"), s("Error;Firm")}));
+}
+
+void tst_EventStore::keepsKeywordsThatHoldTheirOwnMark()
+{
+    const QString odd = s("Error\x1f") + s("Firmware");
+    const QString odder = s("\x1b\x1f") + s("m\x1b") + s("me\x1b");
+    Event first = makeEvent(0);
+    first.keywords = QStringList({s("Error"), s("Firmware")});
+    Event second = makeEvent(1);
+    second.keywords = QStringList({odd, odder});
+    QVERIFY(m_store->append(first) && m_store->append(second));
+
+    QCOMPARE(read(EventFilter(), s("KeywordName")),
+             QStringList({odd + s(";") + odder, s("Error;Firmware")}));
+    EventFilter filter;
+    filter.keywords = QStringList({odd});
+    QCOMPARE(read(filter), QStringList({s("1")}));
+    filter.keywords = QStringList({odder});
+    QCOMPARE(read(filter), QStringList({s("1")}));
+    filter.keywords = QStringList({s("Firmware")});
+    QCOMPARE(read(filter), QStringList({s("0")}));
 }
 
 void tst_EventStore::readsBothDirections()
