@@ -50,7 +50,7 @@ def measure(machine, rows, quick):
     pages = [result["ms"] for result in machine.bench(MODULE, "query", 100, 5 if quick else 50)]
     whole = machine.bench(MODULE, "query", 0, 1)[0]
     memory.append(machine.resident_mib(machine.service.process.pid)["VmHWM"])
-    stored = Spread(send(machine, 5000 if quick else 40000) for _ in range(1 if quick else 3))
+    stored = Spread(send(machine, 5000 if quick else 20000) for _ in range(1 if quick else 3))
     machine.stop_list()
     return {"start": start_s, "file": size / 2**20, "pages": Spread(pages), "whole": whole, "stored": stored,
             "memory": memory}
