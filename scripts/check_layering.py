@@ -23,7 +23,7 @@ INCLUDE_ROOTS = (
     ("tools", ("tools", "src", "platform/api")),
     ("examples", ("examples", "src", "platform/api")),
     ("benchmarks", ("benchmarks", "tests", "src", "platform/api")),
-    ("fuzz", ("fuzz", "tests", "src", "platform/api")),
+    ("fuzz", ("fuzz", "tests", "tests/support", "src", "platform/api", "service")),
     ("tests", ("tests", "tests/support", "tests/unit", "tests/bus", "tests/contract", "src", "platform/api",
                "platform/standin", "service", "tools")),
 )

@@ -287,6 +287,7 @@ HashRegister::Result EventlistService::registerHash(const QString& hash)
 
 bool EventlistService::flush()
 {
+    m_senders.waitForAnswers();
     m_batchTimer.stop();
     while (!m_queue.empty())
     {

@@ -62,6 +62,11 @@ public:
     /// True while an answer of the daemon is awaited.
     bool isWaiting() const { return m_waiting > 0; }
 
+    /// Waits until the daemon has told about every sender that there is: a sender that hurries its
+    /// event into the list by a query shall not stay unknown.
+    /// Blocks: while a daemon that stands still keeps silent, for each sender at most 1 s.
+    void waitForAnswers();
+
     /// Senders whose events were dropped, with the numbers, since this was asked the last time.
     QHash<QString, qint64> takeDropped();
 

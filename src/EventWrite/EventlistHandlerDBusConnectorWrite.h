@@ -70,4 +70,18 @@ public:
     /// Tells the service to take no more events, or to take them again.
     /// Wire: method "suppressEventProcessing", b.
     void suppressEventProcessing(bool suppress);
+
+private:
+    // The inner road: the additional data are written already.
+    friend class EventHandlerWrite;
+    friend class EventsDBusProviderBaseClass;
+    Q_DECL_HIDDEN void sendEvent(EventlistHandlerEnums::EventType eventType,
+                                 EventlistHandlerEnums::State state, const QString& icon,
+                                 const QString& moduleName, const QVariant& description,
+                                 const QStringList& keywords, const QString& user,
+                                 const QString& additionalData, const QString& alarmId);
+    Q_DECL_HIDDEN void sendEvent(const QStringList& eventAttributes, const QString& timestamp,
+                                 const QString& moduleName, const QVariant& description,
+                                 const QStringList& keywords, const QString& user,
+                                 const QString& additionalData, const QString& alarmId);
 };

@@ -3,12 +3,19 @@
 #include "eventlist/AckCommand.h"
 #include "eventlist/AlarmsCommand.h"
 #include "eventlist/DeleteCommand.h"
+#include "eventlist/DoctorCommand.h"
+#include "eventlist/EmergencyCommand.h"
 #include "eventlist/ExitCode.h"
 #include "eventlist/FollowCommand.h"
 #include "eventlist/ListCommand.h"
 #include "eventlist/LogCommand.h"
 #include "eventlist/MessageLog.h"
 #include "eventlist/Output.h"
+#include "eventlist/ResolveCommand.h"
+#include "eventlist/SpoolListCommand.h"
+#include "eventlist/SpoolResolveCommand.h"
+#include "eventlist/SpoolShowCommand.h"
+#include "eventlist/SpoolValidateCommand.h"
 #include "eventlist/TextsCheckCommand.h"
 #include "eventlist/TypesCommand.h"
 
@@ -109,9 +116,16 @@ const std::vector<std::unique_ptr<Command>>& Command::all()
         made.push_back(std::make_unique<AlarmsCommand>());
         made.push_back(std::make_unique<AckCommand>());
         made.push_back(std::make_unique<LogCommand>());
+        made.push_back(std::make_unique<EmergencyCommand>());
         made.push_back(std::make_unique<TypesCommand>());
         made.push_back(std::make_unique<DeleteCommand>());
+        made.push_back(std::make_unique<ResolveCommand>());
+        made.push_back(std::make_unique<SpoolListCommand>());
+        made.push_back(std::make_unique<SpoolShowCommand>());
+        made.push_back(std::make_unique<SpoolValidateCommand>());
+        made.push_back(std::make_unique<SpoolResolveCommand>());
         made.push_back(std::make_unique<TextsCheckCommand>());
+        made.push_back(std::make_unique<DoctorCommand>());
         return made;
     }();
     return commands;

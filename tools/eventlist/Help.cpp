@@ -29,15 +29,16 @@ QString Help::overview()
         text += line(*command);
     }
     return text +
-           QStringLiteral("\n'eventlist COMMAND --help' explains a command, with examples;\n"
-                          "'eventlist help --all' explains them all.\n\n"
-                          "Environment:\n"
-                          "  DBUS_SYSTEM_BUS_ADDRESS  another bus than the system bus\n"
-                          "  LC_ALL, LC_MESSAGES, LANG  the language in which lists are shown\n"
-                          "  NO_COLOR  no colours, also on a terminal\n"
-                          "  COLUMNS  another width than the terminal's\n\n"
-                          "Exit codes: 0 done, 1 failed or refused, 2 wrong command line, "
-                          "3 bus or service not there\n");
+           QStringLiteral(
+               "\n'eventlist COMMAND --help' explains a command, with examples;\n"
+               "'eventlist help --all' explains them all.\n\n"
+               "Environment:\n"
+               "  DBUS_SYSTEM_BUS_ADDRESS  another bus than the system bus\n"
+               "  LC_ALL, LC_MESSAGES, LANG  the language in which lists are shown\n"
+               "  NO_COLOR  no colours, also on a terminal\n"
+               "  COLUMNS  another width than the terminal's\n\n"
+               "Exit codes: 0 done, 1 failed, refused or a fault found, 2 wrong command line, "
+               "3 bus or service not there\n");
 }
 
 QString Help::all()

@@ -56,8 +56,13 @@ QString failure(const DBusPendingReply& reply)
                            : QString();
 }
 
-// Waits for the answer, and tells so when that takes long.
-void wait(DBusPendingReply& reply)
+QString wrongShape()
+{
+    return QStringLiteral("the answer of the service cannot be read; is it another version?");
+}
+} // namespace
+
+void Service::wait(DBusPendingReply& reply)
 {
     Progress progress(QStringLiteral("waiting for the central service"));
     QEventLoop loop;
@@ -70,12 +75,6 @@ void wait(DBusPendingReply& reply)
         loop.exec();
     }
 }
-
-QString wrongShape()
-{
-    return QStringLiteral("the answer of the service cannot be read; is it another version?");
-}
-} // namespace
 
 QString Service::readList(const DBusPendingReply& reply, ListReply& list)
 {

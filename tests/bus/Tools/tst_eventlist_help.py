@@ -5,10 +5,12 @@ import unittest
 
 from device import Device
 
-COMMANDS = ("list", "follow", "alarms", "ack", "log", "types", "delete", "texts check")
+COMMANDS = ("list", "follow", "alarms", "ack", "log", "emergency", "types", "delete", "resolve", "spool list",
+            "spool show", "spool validate", "spool resolve", "texts check", "doctor")
 ALIASES = {"show": "list", "monitor": "follow", "tail": "follow", "acknowledge": "ack", "send": "log", "emit": "log",
-           "texts validate": "texts check"}
-GROUPS = {"texts": ["check"]}
+           "texts validate": "texts check", "spool ls": "spool list", "spool cat": "spool show",
+           "spool check": "spool validate", "status": "doctor"}
+GROUPS = {"texts": ["check"], "spool": ["list", "show", "validate", "resolve"]}
 
 
 class EventlistHelp(unittest.TestCase):
