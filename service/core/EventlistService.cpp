@@ -98,7 +98,7 @@ void EventlistService::stop()
     }
     else
     {
-        qWarning() << "The end of the service loses events:" << qint64(m_queue.size());
+        qWarning() << "The end of the service loses events:" << qint64(m_queue.count());
     }
     m_database.close();
 }
@@ -284,10 +284,10 @@ bool EventlistService::flush()
     {
         return false;
     }
-    while (!m_queue.empty())
+    while (!m_queue.isEmpty())
     {
         m_lastBatchMs = monotonicMs();
-        if (!writeBatch(std::min<int>(eventsPerTransaction, int(m_queue.size()))))
+        if (!writeBatch(std::min(eventsPerTransaction, m_queue.count())))
         {
             return false;
         }
@@ -361,8 +361,7 @@ void EventlistService::logStart()
         work.event = m_ownEvents.powerOn();
         work.size = work.event.size();
         // What waits since then belongs to this boot already.
-        m_queuedSize += work.size;
-        m_queue.push_front(std::move(work));
+        m_queue.prepend(std::move(work));
     }
     // After any other end a change may stand in the file that was never told.
     m_changes.isTellingAllWanted = m_database.metaValue(cleanKey()).toInt() == 0;
@@ -372,7 +371,7 @@ void EventlistService::logStart()
 
 void EventlistService::enqueue(Work work)
 {
-    if (m_queuedSize + work.size > m_settings.maximumQueue)
+    if (m_queue.size() + work.size > m_settings.maximumQueue)
     {
         ++m_lostEvents;
         return;
@@ -389,7 +388,8 @@ void EventlistService::enqueueAcknowledgement(Work work)
     {
         reason = "too many of them";
     }
-    else if (m_queuedSize + work.size > m_settings.maximumQueue + m_settings.acknowledgementReserve)
+    else if (m_queue.size() + work.size >
+             m_settings.maximumQueue + m_settings.acknowledgementReserve)
     {
         reason = "the queue is full";
     }
@@ -407,12 +407,7 @@ void EventlistService::enqueueAcknowledgement(Work work)
 
 void EventlistService::push(Work work)
 {
-    if (m_queue.empty())
-    {
-        m_oldestQueuedMs = monotonicMs();
-    }
-    m_queuedSize += work.size;
-    m_queue.push_back(std::move(work));
+    m_queue.append(std::move(work));
     scheduleBatch();
 }
 
@@ -436,7 +431,7 @@ void EventlistService::scheduleBatch()
 void EventlistService::onBatchTimer()
 {
     // The daemon tells who a new sender is a moment after its first event.
-    if (m_senders.isWaiting() && monotonicMs() - m_oldestQueuedMs < credentialsWaitMs)
+    if (m_senders.isWaiting() && monotonicMs() - m_queue.filledSinceMs() < credentialsWaitMs)
     {
         m_batchTimer.start(credentialsPollMs);
         return;
@@ -467,7 +462,7 @@ void EventlistService::onSecond()
     }
     else if (m_isFailing)
     {
-        if (m_queue.empty())
+        if (m_queue.isEmpty())
         {
             // Something to try it with.
             m_isFailing = !m_database.setMetaValue(cleanKey(), 0);
@@ -489,7 +484,7 @@ bool EventlistService::writeBatch(int count)
     }
     for (int i = 0; i < count; ++i)
     {
-        Work& work = m_queue[size_t(i)];
+        Work& work = m_queue.at(i);
         m_senders.identify(work.event, work.sender);
         if (!writeOne(work))
         {
@@ -502,11 +497,7 @@ bool EventlistService::writeBatch(int count)
     {
         return false;
     }
-    for (int i = 0; i < count; ++i)
-    {
-        m_queuedSize -= m_queue.front().size;
-        m_queue.pop_front();
-    }
+    m_queue.removeFirst(count);
     onStoring();
     announce();
     return true;

@@ -9,13 +9,12 @@
 #include "core/OwnEvents.h"
 #include "core/SenderRegistry.h"
 #include "core/SpoolReader.h"
+#include "core/WorkQueue.h"
 
 #include <QMap>
 #include <QObject>
 #include <QTimer>
 #include <QVariantMap>
-
-#include <deque>
 
 class TextManagerBase;
 
@@ -112,26 +111,6 @@ Q_SIGNALS:
     void iconAvailable(const QString& hash, const QString& icon);
 
 private:
-    struct Work
-    {
-        enum class Kind
-        {
-            event,
-            /// The first start after the device was switched on.
-            powerOn,
-            deletion,
-            acknowledgement,
-            detectorAcknowledgement
-        };
-        Kind kind = Kind::event;
-        Event event;
-        QStringList alarmIds;
-        QString user;
-        QString sender;
-        qint64 arrivalMs = 0; ///< of an acknowledgement
-        qint64 size = 0;
-    };
-
     /// What a transaction changes beside the file, and what is to be told after it.
     struct Changes
     {
@@ -184,11 +163,9 @@ private:
     SpoolReader m_spool;
 
     // What waits to be written.
-    std::deque<Work> m_queue;
-    qint64 m_queuedSize = 0;
+    WorkQueue m_queue;
     QTimer m_batchTimer;
     qint64 m_lastBatchMs = 0;
-    qint64 m_oldestQueuedMs = 0;
 
     // What the open transaction has changed, and as it was when that began.
     Changes m_changes;
