@@ -72,6 +72,7 @@ def write(path, results, machine, is_quick):
     text = replace(text, "machine", f"Measured on: {machine}.\n")
     text = replace(text, "table", large_table(results))
     text = replace(text, "details", details(results, plot_folder.name))
+    path.parent.mkdir(parents=True, exist_ok=True)
     path.write_text(text, encoding="utf-8")
     for result in results:
         for plot in result.plots:

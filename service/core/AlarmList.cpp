@@ -406,4 +406,14 @@ void AlarmList::updateStates()
                 m_counts[1][0] + m_counts[1][1] > 0, m_counts[1][1] > 0, m_isCentralDetectorActive};
 }
 
+QVariantMap AlarmList::stateAnswer() const
+{
+    return {{QStringLiteral("AlarmInAlarmlist"), m_states.hasAlarm},
+            {QStringLiteral("ActiveAlarmInAlarmlist"), m_states.hasActiveAlarm},
+            {QStringLiteral("FaultInAlarmlist"), m_states.hasFault},
+            {QStringLiteral("ActiveFaultInAlarmlist"), m_states.hasActiveFault},
+            {QStringLiteral("CentralDetector"), m_states.isCentralDetectorActive},
+            {QStringLiteral("RefusedAcknowledgements"), m_refused}};
+}
+
 } // namespace eventlistd

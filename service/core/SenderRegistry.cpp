@@ -68,6 +68,16 @@ SenderRegistry::Identity SenderRegistry::identity(const QString& name) const
     return found == m_senders.constEnd() ? Identity() : found->identity;
 }
 
+void SenderRegistry::identify(Event& event, const QString& sender) const
+{
+    if (!sender.isEmpty())
+    {
+        const Identity known = identity(sender);
+        event.senderUid = known.uid;
+        event.senderPid = known.pid;
+    }
+}
+
 QHash<QString, qint64> SenderRegistry::takeDropped()
 {
     QHash<QString, qint64> dropped;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/Event.h"
 #include "core/TokenBucket.h"
 
 #include <QDBusConnection>
@@ -58,6 +59,8 @@ public:
 
     /// What the daemon said; -1 as long as, or when, it did not.
     Identity identity(const QString& sender) const;
+    /// Stores that in an event. An event of nobody is the service's own and stays as it is.
+    void identify(Event& event, const QString& sender) const;
 
     /// True while an answer of the daemon is awaited.
     bool isWaiting() const { return m_waiting > 0; }

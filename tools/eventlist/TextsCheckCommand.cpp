@@ -185,6 +185,14 @@ int TextsCheckCommand::readLanguageFiles(const Arguments& arguments, TextCheck& 
     for (const QString& word : arguments.words())
     {
         const QDir folder(word);
+        if (word.endsWith(QLatin1String(".qm")))
+        {
+            return complain(
+                QStringLiteral(
+                    "'%1' is compiled: name its language file (*.ts), and its folder with "
+                    "--compiled")
+                    .arg(word));
+        }
         if (!folder.exists())
         {
             files.append(word);

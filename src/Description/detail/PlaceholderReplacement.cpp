@@ -88,9 +88,9 @@ int PlaceholderReplacement::extended(int matched, QChar character) const
 
 qint64 PlaceholderReplacement::searchedUnits(const QStringList& texts)
 {
-    return std::accumulate(texts.cbegin(), texts.cend(), qint64(0),
-                           [](qint64 units, const QString& text)
-                           { return units + text.size() + unitsOfEachText; });
+    return std::accumulate(
+        texts.cbegin(), texts.cend(), qint64(0),
+        [](qint64 units, const QString& text) { return units + text.size() + unitsOfEachText; });
 }
 
 // The exact count is made only where the limit is in reach.

@@ -14,8 +14,8 @@ namespace
 constexpr qint64 msPerSecond = 1000;
 constexpr qint64 msPerMinute = 60 * msPerSecond;
 
-// Both at once, so that threads need no lock.
-struct KnownOffset
+// Both at once, so that threads need no lock. Without the alignment clang calls a library for it.
+struct alignas(8) KnownOffset
 {
     qint32 minute;
     qint32 seconds;
@@ -49,7 +49,11 @@ int offsetAt(qint64 unixTimeMs)
 
 QString PresentTime::toText()
 {
-    const qint64 unixTimeMs = QDateTime::currentMSecsSinceEpoch();
+    return toText(QDateTime::currentMSecsSinceEpoch());
+}
+
+QString PresentTime::toText(qint64 unixTimeMs)
+{
     return IsoDateConverter::convertDateTimeToIsoDateWithMsAndTimezone(
         QDateTime::fromMSecsSinceEpoch(unixTimeMs, Qt::OffsetFromUTC, offsetAt(unixTimeMs)));
 }

@@ -212,6 +212,8 @@ class EventlistTexts(unittest.TestCase):
     def test_complains_about_a_wrong_command_line(self):
         (self.folder / "none").mkdir()
         for words, text in ((["none"], "there is no language file (*.ts) in 'none'"),
+                            (["lang_de.qm"], "'lang_de.qm' is compiled: name its language file (*.ts), and its folder "
+                                             "with --compiled"),
                             ([".", "--source", "nowhere"], "there is no source 'nowhere'"),
                             ([".", "--source", "none"], "there is no source in 'none'"),
                             ([".", "--compiled", "nowhere"], "there is no folder 'nowhere'"),

@@ -82,11 +82,13 @@ private:
         QString name;
         QString expected;
         std::function<QString(const RecordedEvent&)> actual;
+        bool canBeMissing;
     };
 
     static EventMatcher of(int type, int state, const QString& eventId);
     EventMatcher& expect(const QString& name, const QString& expected,
-                         std::function<QString(const RecordedEvent&)> actual);
+                         std::function<QString(const RecordedEvent&)> actual,
+                         bool canBeMissing = false);
 
     QVector<Field> m_fields;
 };

@@ -11,6 +11,12 @@ QJsonObject objectOf(const QString& json)
     return QJsonDocument::fromJson(json.toUtf8()).object();
 }
 
+// Null when there is no such string, empty when it is empty.
+QString stringOf(const QJsonValue& value)
+{
+    return value.isString() ? QLatin1String("") + value.toString() : QString();
+}
+
 QString nameOf(int number, const QStringList& names)
 {
     return names.value(number, QString::number(number));
@@ -87,7 +93,7 @@ RecordedEvent RecordedEvent::fromSpoolFile(const QJsonObject& content)
 
 QString RecordedEvent::text(const QString& language) const
 {
-    return texts.value(language).toString();
+    return stringOf(texts.value(language));
 }
 
 QString RecordedEvent::argument(const QString& placeholder, const QString& language) const
@@ -95,7 +101,7 @@ QString RecordedEvent::argument(const QString& placeholder, const QString& langu
     const QJsonObject argument =
         metaData.value(QLatin1String("Arguments")).toObject().value(placeholder).toObject();
     const QJsonValue value = argument.value(QLatin1String("value"));
-    return value.isObject() ? value.toObject().value(language).toString() : value.toString();
+    return stringOf(value.isObject() ? value.toObject().value(language) : value);
 }
 
 QString RecordedEvent::typeName(int type)
