@@ -35,6 +35,10 @@ as()
 {
     setpriv --reuid="$1" --regid="$1" --init-groups -- "${@:2}"
 }
+# A module does not start the service, a call of it does.
+as guest dbus-send --system --print-reply --dest=org.eventlist.EventlistHandler /EventlistRead \
+    Interface.EventlistRead.getListOfEventTypes string: >/tmp/started 2>&1 ||
+    { cat /tmp/started; fail "the bus does not start the service"; }
 for consumer in /tmp/consumer/consumer /tmp/consumer/by_pkg_config; do
     said=$(as pump "$consumer" 2>&1) || fail "$consumer ended badly: $said"
     [ -z "$said" ] || fail "$consumer warns: $said"
