@@ -22,7 +22,8 @@ using Names = EventlistHandlerDefinitions;
 
 namespace
 {
-constexpr int patienceMs = 5000;
+// Also a device that is busy starting answers within this.
+constexpr int patienceMs = 10000;
 // Clocks of one device differ by less.
 constexpr qint64 toleranceMs = 60 * 1000;
 
