@@ -37,17 +37,25 @@ void send(Sender& sender, int count)
     sender.flush();
 }
 
-void countInstructions(std::vector<Contestant>& contestants, int events)
+// In turns: how the two threads share out the work changes from phase to phase.
+void countInstructions(const std::vector<Contestant>& contestants, int events)
 {
     for (const Contestant& contestant : contestants)
     {
         send(*contestant.sender, warmUpEvents);
+    }
+    constexpr int rounds = 5;
+    for (int round = 0; round < rounds; ++round)
+    {
         Meter::beginPhase();
-        send(*contestant.sender, 0);
+        send(*contestants.front().sender, 0);
         Meter::endPhase(QStringLiteral("empty"));
-        Meter::beginPhase();
-        send(*contestant.sender, events);
-        Meter::endPhase(contestant.name);
+        for (const Contestant& contestant : contestants)
+        {
+            Meter::beginPhase();
+            send(*contestant.sender, events / rounds);
+            Meter::endPhase(contestant.name);
+        }
     }
 }
 

@@ -40,7 +40,7 @@ def ratios_to(counts, name, base):
 
 
 def bus_instructions(build, quick):
-    counts = event_instructions(build, 50 if quick else 300)
+    counts = event_instructions(build, 50 if quick else 150)
     ratios = ratios_to(counts, "library", "bare")
     limits = (1.15, 1.35, 1.65)
     table = Table("Instructions of one event, all threads (callgrind)",
@@ -140,7 +140,7 @@ def call_ratio(build, calls):
 
 
 def async_call(build, quick):
-    ratio = call_ratio(build, 200 if quick else 1000)
+    ratio = call_ratio(build, 200 if quick else 500)
     return [Figure("asyncCallHelper / bare asyncCall, instructions with the answer", "1.03", f"{ratio:.3f}",
                    ratio <= 1.03)], []
 
@@ -153,7 +153,7 @@ def provider_counts(build, arguments, events):
 
 
 def provider(build, quick):
-    counts = {arguments: provider_counts(build, arguments, 50 if quick else 200) for arguments in (0, 2, 20)}
+    counts = {arguments: provider_counts(build, arguments, 50 if quick else 100) for arguments in (0, 2, 20)}
     ratio = counts[20]["provider"] / counts[20]["letter"]
     return [Figure("provider, 20 arguments / conversion by the letter, instructions", "0.80", f"{ratio:.2f}",
                    ratio <= 0.8)], \
@@ -264,7 +264,7 @@ def standstill(build, quick):
 
 def other_platforms(build, quick):
     """Beside the stand-in: the same event with other text and time services."""
-    events = 50 if quick else 200
+    events = 50 if quick else 100
     languages = (10,) if quick else LANGUAGES
     programs = (("the stand-in", "bench_EventHandler"), ("answers from memory", "bench_EventHandler_Memory"),
                 ("each text looked up each time", "bench_EventHandler_Plain"))

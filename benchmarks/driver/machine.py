@@ -66,7 +66,8 @@ class Machine(device.Device):
         return results_in(done.stdout)
 
     def count(self, name, *words):
-        """Instructions of all threads, phase by phase, without what the measurement itself costs."""
+        """Instructions of all threads, phase by phase, without what the measurement itself costs. Phases of one name
+        count together."""
         folder = self.folder / "callgrind"
         folder.mkdir(exist_ok=True)
         for old in folder.iterdir():
@@ -77,10 +78,11 @@ class Machine(device.Device):
             text = path.read_text(encoding="utf-8", errors="replace")
             trigger = re.search(r"^desc: Trigger: Client Request: (.*)$", text, re.MULTILINE)
             if trigger:
-                phases[trigger[1]] = int(re.search(r"^summary: (\d+)", text, re.MULTILINE)[1])
+                instructions = int(re.search(r"^summary: (\d+)", text, re.MULTILINE)[1])
+                phases.setdefault(trigger[1], []).append(instructions)
         phases.pop("between", None)
-        empty = phases.pop("empty")
-        return {phase: instructions - empty for phase, instructions in phases.items()}
+        empty = statistics.mean(phases.pop("empty"))
+        return {name: sum(counts) - empty * len(counts) for name, counts in phases.items()}
 
     def resident_mib(self, process_id):
         status = Path(f"/proc/{process_id}/status").read_text(encoding="utf-8")
