@@ -22,9 +22,6 @@ class TextManagerBase;
 namespace eventlistd
 {
 
-/// What the program ends with when "--check" has found damage.
-constexpr int exitCodeDamaged = 5;
-
 /// The central service without its bus: what comes in is queued and written in batches, what is
 /// asked is answered from the database, what has changed is told by signals.
 ///
@@ -66,8 +63,9 @@ public:
                      QObject* parent = nullptr);
     ~EventlistService() override;
 
-    /// Opens the database, logs the start, takes what lies in the spool folder.
-    /// Failure: false, with a warning.
+    /// Opens the database, logs the start, takes what lies in the spool folder. A database that
+    /// cannot be opened now, on a full disk say, is tried again each second; events wait meanwhile.
+    /// Failure: false, with a warning: another process has the database, or there is no folder.
     bool start();
 
     /// Writes what is queued, and notes that the end was an orderly one.
@@ -145,7 +143,8 @@ private:
         QMap<QString, QString> announcements;
     };
 
-    bool openDatabase();
+    Database::Opened openDatabase();
+    void reopenDatabase();
     bool loadAll();
     void logStart();
     void enqueue(Work work);
@@ -168,10 +167,10 @@ private:
     void rollback();
     bool commit();
     void onFailure();
+    void beginWaiting();
     void onStoring();
     void replaceDatabase();
     void announce();
-    void setIdentity(Work& work) const;
     void checkDatabaseBeside();
 
     const Settings m_settings;
@@ -203,6 +202,7 @@ private:
     QTimer m_secondTimer;
     QTimer m_purgeTimer;
     bool m_isFailing = false;
+    bool m_isStartLogged = false;
     bool m_isSuppressed = false;
     qint64 m_lostEvents = 0;
     qint64 m_suppressedEvents = 0;

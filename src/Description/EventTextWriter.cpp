@@ -138,7 +138,7 @@ bool EventTextWriter::resolve()
     {
         const PlaceholderReplacement replacement(argument.key());
         const QStringList texts = argumentTexts(argument.value());
-        searchedUnits += unitsOf(m_texts);
+        searchedUnits += PlaceholderReplacement::searchedUnits(m_texts);
         if (searchedUnits > maximumSearchedUnits ||
             !replacement.staysBelow(maximumTextUnits, m_texts, texts))
         {

@@ -7,6 +7,7 @@ class AckCommand : public Command
 {
 public:
     QString name() const override;
+    QStringList aliases() const override { return {QStringLiteral("acknowledge")}; }
     QString summary() const override;
     QString usage() const override;
     QString explanation() const override;

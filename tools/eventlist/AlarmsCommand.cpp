@@ -64,10 +64,7 @@ int AlarmsCommand::run(const Arguments& arguments)
         return complain(QStringLiteral("'%1' is no option").arg(arguments.words().first()));
     }
     const bool isJson = arguments.isSet(QStringLiteral("json"));
-    const QString language = arguments.isSet(QStringLiteral("language"))
-                                 ? Language::key(arguments.value(QStringLiteral("language")))
-                             : isJson ? QString()
-                                      : Language::ofUser();
+    const QString language = Language::ofArguments(arguments);
     if (arguments.isSet(QStringLiteral("follow")))
     {
         AlarmFollower follower(AlarmlistHandlerDBusConnectorRead::createAndConnect(), language,

@@ -3,12 +3,20 @@
 #include "eventlist/AckCommand.h"
 #include "eventlist/AlarmsCommand.h"
 #include "eventlist/DeleteCommand.h"
+#include "eventlist/DoctorCommand.h"
+#include "eventlist/EmergencyCommand.h"
 #include "eventlist/ExitCode.h"
 #include "eventlist/FollowCommand.h"
 #include "eventlist/ListCommand.h"
 #include "eventlist/LogCommand.h"
 #include "eventlist/MessageLog.h"
 #include "eventlist/Output.h"
+#include "eventlist/ResolveCommand.h"
+#include "eventlist/SpoolListCommand.h"
+#include "eventlist/SpoolResolveCommand.h"
+#include "eventlist/SpoolShowCommand.h"
+#include "eventlist/SpoolValidateCommand.h"
+#include "eventlist/TextsCheckCommand.h"
 #include "eventlist/TypesCommand.h"
 
 namespace
@@ -52,7 +60,13 @@ Command::~Command() = default;
 QString Command::help() const
 {
     QString text = QStringLiteral("Usage: eventlist ") + name() + QLatin1Char(' ') + usage() +
-                   QStringLiteral("\n\n") + explanation() + QStringLiteral("\nOptions:\n");
+                   QStringLiteral("\n\n") + explanation();
+    if (!aliases().isEmpty())
+    {
+        text += QStringLiteral("\nAlso called: ") + aliases().join(QStringLiteral(", ")) +
+                QLatin1Char('\n');
+    }
+    text += QStringLiteral("\nOptions:\n");
     for (const Option& option : options() + commonOptions())
     {
         text += optionLine(option);
@@ -62,8 +76,13 @@ QString Command::help() const
     {
         text += QStringLiteral("  eventlist ") + example + QLatin1Char('\n');
     }
-    return text + QStringLiteral("\nExit codes: 0 done, 1 failed or refused, 2 wrong command line, "
-                                 "3 bus or service not there\n");
+    return text + QStringLiteral("\nExit codes: ") + exitCodes() + QLatin1Char('\n');
+}
+
+QString Command::exitCodes() const
+{
+    return QStringLiteral("0 done, 1 failed or refused, 2 wrong command line, "
+                          "3 bus or service not there");
 }
 
 int Command::complain(const QString& text) const
@@ -97,9 +116,36 @@ const std::vector<std::unique_ptr<Command>>& Command::all()
         made.push_back(std::make_unique<AlarmsCommand>());
         made.push_back(std::make_unique<AckCommand>());
         made.push_back(std::make_unique<LogCommand>());
+        made.push_back(std::make_unique<EmergencyCommand>());
         made.push_back(std::make_unique<TypesCommand>());
         made.push_back(std::make_unique<DeleteCommand>());
+        made.push_back(std::make_unique<ResolveCommand>());
+        made.push_back(std::make_unique<SpoolListCommand>());
+        made.push_back(std::make_unique<SpoolShowCommand>());
+        made.push_back(std::make_unique<SpoolValidateCommand>());
+        made.push_back(std::make_unique<SpoolResolveCommand>());
+        made.push_back(std::make_unique<TextsCheckCommand>());
+        made.push_back(std::make_unique<DoctorCommand>());
         return made;
     }();
     return commands;
+}
+
+Command* Command::find(const QStringList& words, int& used)
+{
+    Command* found = nullptr;
+    used = 0;
+    for (const auto& command : all())
+    {
+        for (const QString& name : QStringList{command->name()} + command->aliases())
+        {
+            const QStringList parts = name.split(QLatin1Char(' '));
+            if (parts.size() > used && words.mid(0, parts.size()) == parts)
+            {
+                found = command.get();
+                used = parts.size();
+            }
+        }
+    }
+    return found;
 }

@@ -14,7 +14,10 @@ class Command
 public:
     virtual ~Command();
 
+    /// One word, or two for a command of a group: "list", "spool list".
     virtual QString name() const = 0;
+    /// What else it may be called: the words of other tools for the same.
+    virtual QStringList aliases() const { return {}; }
     /// What it does, in a line of the list of commands.
     virtual QString summary() const = 0;
     /// What stands behind the name in the line of usage.
@@ -24,6 +27,8 @@ public:
     virtual QVector<Option> options() const = 0;
     /// Command lines, one each, without the name of the tool.
     virtual QStringList examples() const = 0;
+    /// What the exit codes mean, in one line of --help.
+    virtual QString exitCodes() const;
 
     /// \returns the exit code
     virtual int run(const Arguments& arguments) = 0;
@@ -37,6 +42,11 @@ public:
 
     /// All sub-commands, in the order in which --help lists them.
     static const std::vector<std::unique_ptr<Command>>& all();
+
+    /// The command that a command line begins with, by its name or an alias; null when there is
+    /// none.
+    /// \param used  receives the number of words that name it
+    static Command* find(const QStringList& words, int& used);
 
 protected:
     /// Complains about the command line. \returns the exit code for it

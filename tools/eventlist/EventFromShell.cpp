@@ -18,6 +18,7 @@
 #include "Platform/TranslateableTextHelper.h"
 
 #include <QDir>
+#include <QJsonArray>
 #include <QUuid>
 
 using EventType = EventlistHandlerEnums::EventType;
@@ -39,6 +40,23 @@ QString alarmIdOf(const QString& module, const QString& words)
 {
     static const QUuid space(QStringLiteral("{6d2f4b0e-6c7a-4a52-9d0c-5f2b8f6f3e11}"));
     return QUuid::createUuidV5(space, module + QLatin1Char('\n') + words).toString();
+}
+
+int leave(EventlistHandlerEventToFile& spool, const QJsonObject& entry)
+{
+    // Numbers begin anew in every process: a name of its own, or this would replace an event that
+    // nobody has picked up yet.
+    const QString fileName =
+        QStringLiteral("eventlist-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
+    if (spool.writeEventToFile(entry, fileName))
+    {
+        return ExitCode::success;
+    }
+    Output::error(
+        QStringLiteral("cannot write into the spool folder '%1'; look at its rights and at "
+                       "the space that is left")
+            .arg(EventlistHandlerDefinitions::getPathEventToFile()));
+    return ExitCode::failed;
 }
 } // namespace
 
@@ -204,22 +222,25 @@ int EventFromShell::send() const
 
 int EventFromShell::writeFile() const
 {
-    // Numbers begin anew in every process: a name of its own, or this would replace an event that
-    // nobody has picked up yet.
-    const QString fileName =
-        QStringLiteral("eventlist-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
     EventlistHandlerEventToFile spool;
     QJsonObject entry;
     spool.generateEventEntryData(entry, m_type, m_state, m_icon, m_module, description(),
                                  m_keywords, m_user, m_eventId, m_metaData, m_alarmId, QString(),
                                  EventlistHandlerEnums::noSourceHash);
-    if (spool.writeEventToFile(entry, fileName))
-    {
-        return ExitCode::success;
-    }
-    Output::error(
-        QStringLiteral("cannot write into the spool folder '%1'; look at its rights and at "
-                       "the space that is left")
-            .arg(EventlistHandlerDefinitions::getPathEventToFile()));
-    return ExitCode::failed;
+    return leave(spool, entry);
+}
+
+int EventFromShell::writeEmergency(const QString& module, const QString& argument)
+{
+    // Not by setEventWatchdogEmergency(): that one numbers its files and tells no failure.
+    const QJsonObject metaData{{EventlistHandlerDefinitions::getKeyMetaDataArguments(),
+                                QJsonArray{QJsonObject{{QStringLiteral("%1"), argument}}}}};
+    EventlistHandlerEventToFile spool;
+    QJsonObject entry;
+    spool.generateEventEntryData(entry, EventType::otherEvents, State::neutral,
+                                 EventlistHandlerDefinitions::getIconNameEvent(), module, QString(),
+                                 {EventlistHandlerDefinitions::getKeywordFirmware()}, QString(),
+                                 EventlistHandlerDefinitions::getTextUrlSystemWatchdog(), metaData,
+                                 QString(), QString(), EventlistHandlerEnums::noSourceHash);
+    return leave(spool, entry);
 }

@@ -28,6 +28,10 @@ public:
     /// Leaves the event in the spool folder. Needs neither the bus nor the service.
     int writeFile() const;
 
+    /// Leaves the emergency event in the spool folder, the same that the library writes for a
+    /// supervisor.
+    static int writeEmergency(const QString& module, const QString& argument);
+
 private:
     bool readKind(const Arguments& arguments);
     bool readTexts(const Arguments& arguments, QVariantMap& texts);

@@ -1,8 +1,9 @@
 #include "eventlist/EventPrinter.h"
 
+#include "eventlist/JsonText.h"
 #include "eventlist/ListReply.h"
 #include "eventlist/Output.h"
-#include "eventlist/SafeText.h"
+#include "eventlist/SenderColumns.h"
 #include "eventlist/Table.h"
 #include "eventlist/Words.h"
 
@@ -62,15 +63,23 @@ QJsonValue nested(const QString& text)
 
 QJsonValue jsonValue(const QString& column, const QString& text)
 {
-    static const QStringList numbers = {
-        Names::getListColumnNameEventlistId(),     Names::getListColumnNameEventType(),
-        Names::getListColumnNameEventState(),      Names::getListColumnNameTimestampUtc(),
-        Names::getListColumnNameTimestampOffset(), Names::getListColumnNameSourceHashType()};
+    static const QStringList numbers = {Names::getListColumnNameEventlistId(),
+                                        Names::getListColumnNameEventType(),
+                                        Names::getListColumnNameEventState(),
+                                        Names::getListColumnNameTimestampUtc(),
+                                        Names::getListColumnNameTimestampOffset(),
+                                        Names::getListColumnNameSourceHashType(),
+                                        SenderColumns::user(),
+                                        SenderColumns::process()};
     bool isNumber = false;
     const qint64 number = numbers.contains(column) ? text.toLongLong(&isNumber) : 0;
     if (isNumber)
     {
         return number;
+    }
+    if (text.isEmpty() && numbers.contains(column))
+    {
+        return QJsonValue();
     }
     if (column == Names::getListColumnNameAlarmActive() ||
         column == Names::getListColumnNameAlarmAcknowledgment())
@@ -99,8 +108,7 @@ QString EventPrinter::jsonText(const ListReply& list, int row)
     {
         object.insert(column, jsonValue(column, list.value(row, column)));
     }
-    return SafeText::escapedJson(
-        QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)));
+    return JsonText::of(object);
 }
 
 QString EventPrinter::shortTime(const QString& time)
@@ -125,6 +133,7 @@ void EventPrinter::print(const ListReply& list)
 void EventPrinter::printTable(const ListReply& list, bool isStream)
 {
     const bool withUser = isStream || hasUsers(list);
+    const bool withSender = list.hasColumn(SenderColumns::user());
     QVector<Table::Column> columns = {{QStringLiteral("ID"), isStream ? idCells : 0, 0, true},
                                       {QStringLiteral("TIME"), timeCells, 0, false},
                                       {QStringLiteral("TYPE"), 5, 0, false},
@@ -135,6 +144,10 @@ void EventPrinter::printTable(const ListReply& list, bool isStream)
     {
         columns.append(
             {QStringLiteral("USER"), isStream ? 8 : 0, isStream ? 8 : widestName, false});
+    }
+    if (withSender)
+    {
+        columns.append({QStringLiteral("SENDER"), 0, widestName, false});
     }
     columns.append({QStringLiteral("DESCRIPTION"), 0, 0, false});
     Table table(columns);
@@ -149,6 +162,10 @@ void EventPrinter::printTable(const ListReply& list, bool isStream)
         if (withUser)
         {
             cells.append(list.value(row, Names::getListColumnNameUser()));
+        }
+        if (withSender)
+        {
+            cells.append(SenderColumns::text(list, row));
         }
         cells.append(list.value(row, Names::getListColumnNameDescription()));
         table.add(cells, styleOf(type, state));

@@ -4,7 +4,7 @@
 enum ExitCode : int
 {
     success = 0,
-    failed = 1,      ///< the service refused, or the output could not be written
+    failed = 1,      ///< the service refused, a check found a fault, or nothing could be written
     wrongUsage = 2,  ///< the command line is wrong
     notReachable = 3 ///< the bus or the service is not there
 };

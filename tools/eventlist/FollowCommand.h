@@ -7,6 +7,10 @@ class FollowCommand : public Command
 {
 public:
     QString name() const override;
+    QStringList aliases() const override
+    {
+        return {QStringLiteral("monitor"), QStringLiteral("tail")};
+    }
     QString summary() const override;
     QString usage() const override;
     QString explanation() const override;

@@ -1,5 +1,7 @@
 #include "eventlist/Language.h"
 
+#include "eventlist/Arguments.h"
+
 #include "Platform/LanguageDefinitions.h"
 
 namespace
@@ -14,6 +16,15 @@ QString Language::key(const QString& word)
         return QString();
     }
     return word.startsWith(prefix) ? word : prefix + word;
+}
+
+QString Language::ofArguments(const Arguments& arguments)
+{
+    if (arguments.isSet(QStringLiteral("language")))
+    {
+        return key(arguments.value(QStringLiteral("language")));
+    }
+    return arguments.isSet(QStringLiteral("json")) ? QString() : ofUser();
 }
 
 QString Language::ofUser()

@@ -3,8 +3,10 @@
 #include "eventlist/EventPrinter.h"
 #include "eventlist/EventQuery.h"
 #include "eventlist/ExitCode.h"
+#include "eventlist/FollowCommand.h"
 #include "eventlist/ListReply.h"
 #include "eventlist/Output.h"
+#include "eventlist/Progress.h"
 #include "eventlist/Service.h"
 
 #include "Definitions/EventlistHandlerDefinitions.h"
@@ -22,8 +24,10 @@ constexpr int rowsOfPiece = 1000;
 int readPieces(EventlistHandlerDBusConnectorRead& connector, EventQuery query, qint64 rows,
                ListReply& list)
 {
+    Progress progress(QStringLiteral("reading the event list"));
     for (;;)
     {
+        progress.tell(QStringLiteral("%1 events").arg(list.size()));
         const qint64 missing = rows - list.size();
         const int wanted = int(qMin<qint64>(missing, rowsOfPiece));
         ListReply piece;
@@ -88,6 +92,13 @@ QVector<Option> ListCommand::options() const
                {{QStringLiteral("r"), QStringLiteral("reverse")},
                 QString(),
                 QStringLiteral("the newest event first")},
+               {{QStringLiteral("f"), QStringLiteral("follow")},
+                QString(),
+                QStringLiteral("then every new event as it comes, as 'eventlist follow' does")},
+               {{QStringLiteral("sender")},
+                QString(),
+                QStringLiteral("show who sent each event, as the bus and the file system know it:\n"
+                               "user[process], or the user to whom a spool file belonged")},
                {{QStringLiteral("j"), QStringLiteral("json")},
                 QString(),
                 QStringLiteral("JSON, for programs")},
@@ -98,12 +109,32 @@ QStringList ListCommand::examples() const
 {
     return {QStringLiteral("list --type alarm,fault --since today"),
             QStringLiteral("list --module PumpControl --keyword Error --count 20 --language de"),
+            QStringLiteral("list --type audit --sender"),
             QStringLiteral("list --from-id 1200 --count 0 --json > events.json"),
             QStringLiteral("list --json | jq -r '.[] | select(.User != \"\") | .User'")};
 }
 
+// What is still to come has no end and no other order.
+int ListCommand::follow(const Arguments& arguments) const
+{
+    for (const QString& option :
+         {QStringLiteral("since"), QStringLiteral("until"), QStringLiteral("from-id"),
+          QStringLiteral("to-id"), QStringLiteral("reverse"), QStringLiteral("sender")})
+    {
+        if (arguments.isSet(option))
+        {
+            return complain(QStringLiteral("--%1 and --follow do not go together").arg(option));
+        }
+    }
+    return FollowCommand().run(arguments);
+}
+
 int ListCommand::run(const Arguments& arguments)
 {
+    if (arguments.isSet(QStringLiteral("follow")))
+    {
+        return follow(arguments);
+    }
     EventQuery query;
     qint64 count = 0;
     if (!arguments.words().isEmpty())
@@ -113,6 +144,10 @@ int ListCommand::run(const Arguments& arguments)
     if (!query.read(arguments))
     {
         return complain(query.errorText());
+    }
+    if (arguments.isSet(QStringLiteral("sender")))
+    {
+        query.askForSender();
     }
     QString error;
     if (!arguments.readNumber(QStringLiteral("count"), 0, defaultRows, count, error))

@@ -7,6 +7,10 @@ class LogCommand : public Command
 {
 public:
     QString name() const override;
+    QStringList aliases() const override
+    {
+        return {QStringLiteral("send"), QStringLiteral("emit")};
+    }
     QString summary() const override;
     QString usage() const override;
     QString explanation() const override;

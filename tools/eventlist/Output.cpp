@@ -1,6 +1,5 @@
 #include "eventlist/Output.h"
 
-#include "eventlist/ExitCode.h"
 #include "eventlist/SafeText.h"
 
 #include <cerrno>
@@ -13,6 +12,8 @@
 namespace
 {
 constexpr int narrowest = 40;
+
+bool isStatusShown = false;
 
 // False with errno when not everything could be written.
 bool writeAll(int descriptor, const QByteArray& bytes)
@@ -30,6 +31,23 @@ bool writeAll(int descriptor, const QByteArray& bytes)
     }
     return true;
 }
+
+int widthOf(int terminal)
+{
+    bool isNumber = false;
+    const int given = qEnvironmentVariableIntValue("COLUMNS", &isNumber);
+    winsize size = {};
+    int cells = 80;
+    if (isNumber && given > 0)
+    {
+        cells = given;
+    }
+    else if (::ioctl(terminal, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
+    {
+        cells = size.ws_col;
+    }
+    return qMax(cells, narrowest);
+}
 } // namespace
 
 void Output::prepare()
@@ -37,15 +55,16 @@ void Output::prepare()
     std::signal(SIGPIPE, SIG_IGN);
 }
 
-void Output::write(const QString& text)
+void Output::write(const QString& text, ExitCode code)
 {
+    clearStatus();
     if (writeAll(STDOUT_FILENO, text.toUtf8()))
     {
         return;
     }
     if (errno == EPIPE)
     {
-        endQuietly();
+        endQuietly(code);
     }
     error(QStringLiteral("cannot write: ") + QString::fromLocal8Bit(std::strerror(errno)));
     ::_exit(ExitCode::failed);
@@ -53,10 +72,31 @@ void Output::write(const QString& text)
 
 void Output::error(const QString& text)
 {
+    clearStatus();
     // Nothing is left to be told when the standard error is gone.
     (void)writeAll(
         STDERR_FILENO,
         (QStringLiteral("eventlist: ") + SafeText::escaped(text) + QLatin1Char('\n')).toUtf8());
+}
+
+void Output::status(const QString& text)
+{
+    if (::isatty(STDERR_FILENO) != 1 || qgetenv("TERM") == "dumb")
+    {
+        return;
+    }
+    isStatusShown = true;
+    const QString line = SafeText::cut(SafeText::escaped(text), widthOf(STDERR_FILENO) - 1);
+    (void)writeAll(STDERR_FILENO, (QStringLiteral("\r\x1b[K") + line).toUtf8());
+}
+
+void Output::clearStatus()
+{
+    if (isStatusShown)
+    {
+        isStatusShown = false;
+        (void)writeAll(STDERR_FILENO, "\r\x1b[K");
+    }
 }
 
 bool Output::isTerminal()
@@ -71,23 +111,7 @@ bool Output::isColoured()
 
 int Output::width()
 {
-    if (!isTerminal())
-    {
-        return 0;
-    }
-    bool isNumber = false;
-    const int given = qEnvironmentVariableIntValue("COLUMNS", &isNumber);
-    winsize size = {};
-    int cells = 80;
-    if (isNumber && given > 0)
-    {
-        cells = given;
-    }
-    else if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
-    {
-        cells = size.ws_col;
-    }
-    return qMax(cells, narrowest);
+    return isTerminal() ? widthOf(STDOUT_FILENO) : 0;
 }
 
 bool Output::isPipe()
@@ -97,7 +121,7 @@ bool Output::isPipe()
            (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode));
 }
 
-void Output::endQuietly()
+void Output::endQuietly(ExitCode code)
 {
-    ::_exit(ExitCode::success);
+    ::_exit(code);
 }

@@ -3,6 +3,7 @@
 #include "eventlist/ExitCode.h"
 #include "eventlist/ListReply.h"
 #include "eventlist/Output.h"
+#include "eventlist/Progress.h"
 
 #include "Common/DBusTools/DBusConnectorBase.h"
 
@@ -46,6 +47,7 @@ namespace
 // The service limits what one client may ask for in a time.
 constexpr std::chrono::seconds longestPause(60);
 constexpr std::chrono::milliseconds betweenTries(200);
+constexpr std::chrono::milliseconds betweenTicks(200);
 
 QString failure(const DBusPendingReply& reply)
 {
@@ -59,6 +61,20 @@ QString wrongShape()
     return QStringLiteral("the answer of the service cannot be read; is it another version?");
 }
 } // namespace
+
+void Service::wait(DBusPendingReply& reply)
+{
+    Progress progress(QStringLiteral("waiting for the central service"));
+    QEventLoop loop;
+    QTimer ticker;
+    QObject::connect(&reply, &DBusPendingReply::finished, &loop, &QEventLoop::quit);
+    QObject::connect(&ticker, &QTimer::timeout, &loop, [&progress] { progress.tell(); });
+    ticker.start(betweenTicks);
+    if (!reply.isFinished())
+    {
+        loop.exec();
+    }
+}
 
 QString Service::readList(const DBusPendingReply& reply, ListReply& list)
 {
@@ -74,7 +90,7 @@ int Service::waitForList(const DBusConnectorBase& connector,
         Output::error(absence(connector));
         return ExitCode::notReachable;
     }
-    reply->waitForFinished();
+    wait(*reply);
     const QString problem = readList(*reply, list);
     if (!problem.isEmpty())
     {
@@ -94,7 +110,7 @@ int Service::askForList(const DBusConnectorBase& connector,
         const DBusPendingReply::SharedPointer reply = ask();
         if (!reply.isNull())
         {
-            reply->waitForFinished();
+            wait(*reply);
         }
         if (reply.isNull() || !reply->isError() ||
             reply->error().type() != QDBusError::LimitsExceeded || patience.hasExpired())
@@ -116,7 +132,7 @@ int Service::waitForDictionary(const DBusConnectorBase& connector,
         Output::error(absence(connector));
         return ExitCode::notReachable;
     }
-    reply->waitForFinished();
+    wait(*reply);
     QString problem = failure(*reply);
     if (problem.isEmpty() && !ListReply::readDictionary(reply->values().value(0), dictionary))
     {
@@ -133,16 +149,17 @@ int Service::waitForDictionary(const DBusConnectorBase& connector,
 int Service::flush(const DBusConnectorBase& connector)
 {
     // A connection keeps the order of its messages: the answer comes after all that was sent.
-    const QDBusMessage answer =
-        DBusConnection::getQDBusConnection().call(QDBusMessage::createMethodCall(
-            connector.getServiceName(), QStringLiteral("/"),
-            QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping")));
-    if (answer.type() == QDBusMessage::ReplyMessage)
+    DBusPendingReply answer(DBusConnection::getQDBusConnection().asyncCall(
+        QDBusMessage::createMethodCall(connector.getServiceName(), QStringLiteral("/"),
+                                       QStringLiteral("org.freedesktop.DBus.Peer"),
+                                       QStringLiteral("Ping"))));
+    wait(answer);
+    if (!answer.isError())
     {
         return ExitCode::success;
     }
     Output::error(QStringLiteral("the service went away before it took this over (%1); look at the "
                                  "list, and repeat it")
-                      .arg(answer.errorMessage()));
+                      .arg(answer.error().message()));
     return ExitCode::notReachable;
 }

@@ -19,6 +19,9 @@ public:
     /// Why no call can be placed, and what to do.
     static QString absence(const DBusConnectorBase& connector);
 
+    /// Waits for the answer to a call, and tells so when that takes long.
+    static void wait(DBusPendingReply& reply);
+
     /// Waits for the answer to a query and reads it.
     /// \param reply  null when the service is not there
     /// \returns an exit code; anything but success after a message on the standard error

@@ -59,10 +59,7 @@ int TypesCommand::run(const Arguments& arguments)
         return complain(QStringLiteral("'%1' is no option").arg(arguments.words().first()));
     }
     const bool isJson = arguments.isSet(QStringLiteral("json"));
-    const QString language = arguments.isSet(QStringLiteral("language"))
-                                 ? Language::key(arguments.value(QStringLiteral("language")))
-                             : isJson ? QString()
-                                      : Language::ofUser();
+    const QString language = Language::ofArguments(arguments);
     EventlistHandlerDBusConnectorRead connector(false);
     if (!Service::isThere(connector))
     {

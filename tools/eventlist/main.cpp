@@ -1,5 +1,6 @@
 #include "eventlist/Command.h"
 #include "eventlist/ExitCode.h"
+#include "eventlist/Help.h"
 #include "eventlist/MessageLog.h"
 #include "eventlist/Output.h"
 
@@ -9,26 +10,72 @@
 
 namespace
 {
-QString help()
+bool isHelp(const QString& word)
 {
-    QString text =
-        QStringLiteral("Usage: eventlist COMMAND [options]\n\n"
-                       "Reads and writes the central event list and alarm list of this device.\n\n"
-                       "Commands:\n");
-    for (const auto& command : Command::all())
+    return word == QLatin1String("--help") || word == QLatin1String("-h") ||
+           word == QLatin1String("help");
+}
+
+int tell(const QString& text)
+{
+    Output::write(text);
+    return ExitCode::success;
+}
+
+int refuse(const QString& text, const QString& help)
+{
+    Output::error(text + QStringLiteral("; see 'eventlist ") + help + QLatin1Char('\''));
+    return ExitCode::wrongUsage;
+}
+
+// A command line that names no command: it may name a group of them.
+int answerForGroup(const QStringList& words, bool asksForHelp)
+{
+    const QString group = words.value(0);
+    const QStringList members = Help::groupMembers(group);
+    if (members.isEmpty())
     {
-        text += QStringLiteral("  ") + command->name().leftJustified(10) + command->summary() +
-                QLatin1Char('\n');
+        return refuse(group.isEmpty() ? QStringLiteral("a command is missing")
+                                      : QStringLiteral("there is no command '%1'").arg(group),
+                      QStringLiteral("--help"));
     }
-    return text +
-           QStringLiteral("\n'eventlist COMMAND --help' explains a command, with examples.\n\n"
-                          "Environment:\n"
-                          "  DBUS_SYSTEM_BUS_ADDRESS  another bus than the system bus\n"
-                          "  LC_ALL, LC_MESSAGES, LANG  the language in which lists are shown\n"
-                          "  NO_COLOR  no colours, also on a terminal\n"
-                          "  COLUMNS  another width than the terminal's\n\n"
-                          "Exit codes: 0 done, 1 failed or refused, 2 wrong command line, "
-                          "3 bus or service not there\n");
+    if (words.size() == 1 ? asksForHelp : isHelp(words.at(1)))
+    {
+        return tell(Help::group(group));
+    }
+    return refuse(words.size() == 1
+                      ? QStringLiteral("'%1' needs one of its commands: %2")
+                            .arg(group, members.join(QStringLiteral(", ")))
+                      : QStringLiteral("there is no command '%1 %2'").arg(group, words.at(1)),
+                  group + QStringLiteral(" --help"));
+}
+
+int run(QStringList words)
+{
+    if (words.value(0) == QLatin1String("--version"))
+    {
+        return tell(QStringLiteral("eventlist " EVENTLIST_VERSION "\n"));
+    }
+    const bool asksForHelp = !words.isEmpty() && isHelp(words.first());
+    if (asksForHelp)
+    {
+        words.removeFirst();
+        if (words.isEmpty())
+        {
+            return tell(Help::overview());
+        }
+        if (words == QStringList{QStringLiteral("--all")})
+        {
+            return tell(Help::all());
+        }
+    }
+    int used = 0;
+    Command* const command = Command::find(words, used);
+    if (command == nullptr)
+    {
+        return answerForGroup(words, asksForHelp);
+    }
+    return asksForHelp ? tell(command->help()) : command->execute(words.mid(used));
 }
 } // namespace
 
@@ -47,30 +94,5 @@ int main(int argc, char** argv)
     {
         words.append(QString::fromUtf8(argv[i]));
     }
-    const QString name = words.value(0);
-    if (name == QLatin1String("--version"))
-    {
-        Output::write(QStringLiteral("eventlist " EVENTLIST_VERSION "\n"));
-        return ExitCode::success;
-    }
-    const bool asksForHelp = name == QLatin1String("--help") || name == QLatin1String("-h") ||
-                             name == QLatin1String("help");
-    for (const auto& command : Command::all())
-    {
-        if (command->name() == (asksForHelp ? words.value(1) : name))
-        {
-            return asksForHelp ? command->execute({QStringLiteral("--help")})
-                               : command->execute(words.mid(1));
-        }
-    }
-    if (asksForHelp)
-    {
-        Output::write(help());
-        return ExitCode::success;
-    }
-    Output::error(
-        name.isEmpty()
-            ? QStringLiteral("a command is missing; see 'eventlist --help'")
-            : QStringLiteral("there is no command '%1'; see 'eventlist --help'").arg(name));
-    return ExitCode::wrongUsage;
+    return run(words);
 }

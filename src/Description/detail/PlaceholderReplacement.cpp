@@ -2,44 +2,95 @@
 
 #include <QStringView>
 
+#include <cstddef>
+#include <numeric>
+
+namespace
+{
+
+// What a text costs beside its units.
+constexpr qint64 unitsOfEachText = 128;
+
+} // namespace
+
 // The places of the placeholder in a text, one after the other, as QString::replace finds them: the
 // next one begins behind the one before. QString::count would count those that overlap too.
 //
-// A placeholder's first character is rare in most texts, and Qt looks for a single one many times
-// faster than for a string.
+// In linear time: Qt's own search reads a text as often as the placeholder is long when the two
+// nearly match everywhere, and both may come from anybody.
 class PlaceholderReplacement::Places
 {
 public:
-    Places(const QString& text, const QString& placeholder)
-        : m_text(text), m_placeholder(placeholder)
+    Places(const QString& text, const PlaceholderReplacement& replacement)
+        : m_text(text), m_replacement(replacement)
     {
     }
 
     // -1 when there is none any more, also when asked again.
     int next()
     {
-        if (m_placeholder.isEmpty())
+        const QString& placeholder = m_replacement.m_placeholder;
+        if (placeholder.isEmpty())
         {
             return m_from <= m_text.size() ? int(m_from++) : -1;
         }
-        qsizetype place = m_text.indexOf(m_placeholder.front(), m_from);
-        while (place >= 0 && !m_text.mid(place).startsWith(m_placeholder))
+        int matched = 0;
+        while (m_from < m_text.size())
         {
-            place = m_text.indexOf(m_placeholder.front(), place + 1);
+            if (matched == 0)
+            {
+                // A placeholder's first character is rare in most texts, and Qt looks for a single
+                // one many times faster than we read.
+                m_from = m_text.indexOf(placeholder.front(), m_from);
+                if (m_from < 0)
+                {
+                    break;
+                }
+            }
+            matched = m_replacement.extended(matched, m_text[m_from]);
+            ++m_from;
+            if (matched == placeholder.size())
+            {
+                return int(m_from) - matched;
+            }
         }
-        m_from = place < 0 ? m_text.size() : place + m_placeholder.size();
-        return int(place);
+        m_from = m_text.size();
+        return -1;
     }
 
 private:
     const QStringView m_text;
-    const QStringView m_placeholder;
+    const PlaceholderReplacement& m_replacement;
     qsizetype m_from = 0;
 };
 
 PlaceholderReplacement::PlaceholderReplacement(const QString& placeholder)
-    : m_placeholder(placeholder)
+    : m_placeholder(placeholder), m_borders(std::size_t(placeholder.size()))
 {
+    int border = 0;
+    for (int i = 1; i < m_placeholder.size(); ++i)
+    {
+        border = extended(border, m_placeholder.at(i));
+        m_borders[std::size_t(i)] = border;
+    }
+}
+
+// How much of the placeholder a text ends with, after one more character; before it, it was less
+// than all of it.
+int PlaceholderReplacement::extended(int matched, QChar character) const
+{
+    while (matched > 0 && m_placeholder.at(matched) != character)
+    {
+        matched = m_borders[std::size_t(matched) - 1];
+    }
+    return m_placeholder.at(matched) == character ? matched + 1 : 0;
+}
+
+qint64 PlaceholderReplacement::searchedUnits(const QStringList& texts)
+{
+    return std::accumulate(
+        texts.cbegin(), texts.cend(), qint64(0),
+        [](qint64 units, const QString& text) { return units + text.size() + unitsOfEachText; });
 }
 
 // The exact count is made only where the limit is in reach.
@@ -73,7 +124,7 @@ bool PlaceholderReplacement::staysBelow(qint64 maximumUnits, const QStringList& 
 qint64 PlaceholderReplacement::sizeAfterReplacement(const QString& text,
                                                     const QString& argument) const
 {
-    Places places(text, m_placeholder);
+    Places places(text, *this);
     qint64 count = 0;
     while (places.next() >= 0)
     {
@@ -86,7 +137,7 @@ qint64 PlaceholderReplacement::sizeAfterReplacement(const QString& text,
 // places.
 QString PlaceholderReplacement::replaceIn(const QString& text, const QString& argument) const
 {
-    Places places(text, m_placeholder);
+    Places places(text, *this);
     int place = places.next();
     if (place < 0)
     {

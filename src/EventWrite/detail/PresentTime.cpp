@@ -49,7 +49,11 @@ int offsetAt(qint64 unixTimeMs)
 
 QString PresentTime::toText()
 {
-    const qint64 unixTimeMs = QDateTime::currentMSecsSinceEpoch();
+    return toText(QDateTime::currentMSecsSinceEpoch());
+}
+
+QString PresentTime::toText(qint64 unixTimeMs)
+{
     return IsoDateConverter::convertDateTimeToIsoDateWithMsAndTimezone(
         QDateTime::fromMSecsSinceEpoch(unixTimeMs, Qt::OffsetFromUTC, offsetAt(unixTimeMs)));
 }

@@ -13,4 +13,7 @@ public:
     /// zone itself counts from the next minute on.
     /// Threads: any.
     static QString toText();
+
+    /// The same of another time, in milliseconds since 1970.
+    static QString toText(qint64 unixTimeMs);
 };

@@ -6,6 +6,7 @@
     values    answers with no dictionary
     shape     answers with rows that are no lists
     short     answers with rows that are shorter than the header
+    slow      says "asked" and answers all queries when a line comes in
 """
 
 import sys
@@ -24,6 +25,7 @@ class FakeService:
     def __init__(self, bus):
         self.bus = bus
         self.queries = 0
+        self.answers = []
         bus.add_message_filter(self.handle)
 
     def handle(self, _, message):
@@ -39,8 +41,18 @@ class FakeService:
             rows = dbus.Array([ROW[:3] if BEHAVIOUR == "short" else ROW], signature="as")
             data = dbus.Array(ROW, signature="s") if BEHAVIOUR == "shape" else rows
             reply.append({"header": dbus.Array(HEADER, signature="s"), "data": data}, signature="a{sv}")
-        self.bus.send_message(reply)
+        if BEHAVIOUR == "slow":
+            self.answers.append(reply)
+            print("asked", flush=True)
+        else:
+            self.bus.send_message(reply)
         return dbus.lowlevel.HANDLER_RESULT_HANDLED
+
+    def answer(self, *_):
+        sys.stdin.readline()
+        while self.answers:
+            self.bus.send_message(self.answers.pop())
+        return True
 
 
 BEHAVIOUR = sys.argv[1]
@@ -48,5 +60,6 @@ dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
 system_bus = dbus.SystemBus()
 service = FakeService(system_bus)
 name = dbus.service.BusName("org.eventlist.EventlistHandler", system_bus)
+GLib.io_add_watch(sys.stdin, GLib.IO_IN, service.answer)
 print("ready", flush=True)
 GLib.MainLoop().run()

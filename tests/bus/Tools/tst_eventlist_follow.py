@@ -57,6 +57,17 @@ class EventlistFollow(unittest.TestCase):
         self.assertEqual([line.split("  ")[-1].strip() for line in lines[1:]], ["old 3", "old 4", "new 0", "new 1"])
         self.assertEqual(program.err, "")
 
+    def test_follows_by_every_name_that_a_user_of_other_tools_knows(self):
+        self.device.log("old", module="M")
+        programs = [self.device.start_eventlist(*words, "--language", "en", "--module", "M")
+                    for words in (["monitor"], ["tail"], ["list", "-f"], ["show", "--follow"])]
+        for program in programs:
+            program.wait_for("old\n")
+        self.device.log("new", module="M")
+        for program in programs:
+            program.wait_for("new\n")
+            self.assertEqual(program.err, "")
+
     def test_prints_bursts_whole_and_in_order(self):
         program = self.follow()
         for number in range(1500):

@@ -1,40 +1,19 @@
 #!/usr/bin/python3
 """`eventlist list`, types and delete: what they show, to whom, and with which exit code."""
 
-import fcntl
 import json
 import os
-import pty
-import struct
-import termios
+import pwd
+import re
+import subprocess
 import unittest
 from pathlib import Path
 
-from device import Device
+from device import Device, wait_until
+from terminal import Terminal, on_terminal
 
 HOSTILE = "a\x1b[31mred\x07 \u202eturned\u2066 line\nbreak\ttab \x9b2J \u2028 end"
 HOSTILE_SHOWN = "a\\u001b[31mred\\u0007 \\u202eturned\\u2066 line\\nbreak\\ttab \\u009b2J \\u2028 end"
-COMMANDS = ("list", "follow", "alarms", "ack", "log", "types", "delete")
-
-
-def on_terminal(device, *words, columns=100, **environment):
-    """What the tool writes on a terminal of so many columns."""
-    master, slave = pty.openpty()
-    fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 25, columns, 0, 0))
-    environment.setdefault("TERM", "xterm")
-    done = device.eventlist(*words, stdout=slave, environment=environment)
-    os.close(slave)
-    text = b""
-    while True:
-        try:
-            data = os.read(master, 65536)
-        except OSError:
-            break
-        if not data:
-            break
-        text += data
-    os.close(master)
-    return done.returncode, text.decode("utf-8").replace("\r\n", "\n")
 
 
 class EventlistList(unittest.TestCase):
@@ -116,6 +95,17 @@ class EventlistList(unittest.TestCase):
         self.assertEqual(event["TimestampUtc"], 1773482400000)
         self.assertEqual(event["DateTimeMsUTC"], "2026-03-14T11:00:00.000+01:00")
 
+    def test_tells_who_sent_an_event_on_request_only(self):
+        event = self.device.events("--type", "audit")[0]
+        self.assertNotIn("SenderUid", event)
+        with_sender = self.device.events("--type", "audit", "--sender")[0]
+        self.assertEqual((with_sender.pop("SenderUid"), with_sender.pop("SenderPid")), (os.getuid(), os.getpid()))
+        self.assertEqual(with_sender, event)
+        lines = self.list("--type", "audit", "--sender", "-l", "en").splitlines()
+        self.assertRegex(lines[0], r"USER +SENDER +DESCRIPTION$")
+        sender = f"{pwd.getpwuid(os.getuid()).pw_name}[{os.getpid()}]"
+        self.assertRegex(lines[1], rf" anna +{re.escape(sender)} +limit changed$")
+
     def test_gives_an_empty_array_when_nothing_matches(self):
         self.assertEqual(json.loads(self.list("--module", "Nobody", "--json")), [])
         done = self.device.eventlist("list", "--module", "Nobody")
@@ -174,28 +164,12 @@ class EventlistList(unittest.TestCase):
                       ["ack", "x", "--central"], ["delete"], ["delete", "all"], ["log"], ["log", "a", "b"],
                       ["log", "--url", "A/B"], ["log", "--text", "no pair"], ["log", "--type", "x", "y"],
                       ["log", "--state", "x", "y"], ["log", "--arg", "%1", "y"], ["types", "x"], ["alarms", "x"],
-                      ["follow", "x"], ["follow", "--since", "1h"]):
+                      ["follow", "x"], ["follow", "--since", "1h"], ["list", "-f", "--since", "1h"],
+                      ["list", "--follow", "--reverse"]):
             with self.subTest(words=words):
                 done = self.device.eventlist(*words)
                 self.assertEqual((done.returncode, done.stdout), (2, ""))
                 self.assertRegex(done.stderr, r"\Aeventlist: [^\n]*eventlist [^\n]*--help'\n\Z")
-
-    def test_explains_every_command_with_examples_and_exit_codes(self):
-        overview = self.device.eventlist("--help")
-        self.assertEqual(overview.returncode, 0)
-        for command in COMMANDS:
-            with self.subTest(command=command):
-                self.assertRegex(overview.stdout, rf"\n  {command} +\w")
-                done = self.device.eventlist(command, "--help")
-                self.assertEqual((done.returncode, done.stderr), (0, ""))
-                self.assertTrue(done.stdout.startswith(f"Usage: eventlist {command} "))
-                self.assertRegex(done.stdout, rf"\nExamples:\n(  .*\n)*  .*eventlist {command}\b")
-                self.assertIn("\nExit codes: 0 ", done.stdout)
-                self.assertEqual(done.stdout, self.device.eventlist("help", command).stdout)
-                self.assertEqual([line for line in done.stdout.splitlines() if len(line) > 100], [])
-
-    def test_shows_its_version(self):
-        self.assertRegex(self.device.eventlist("--version").stdout, r"\Aeventlist \d+\.\d+\.\d+\n\Z")
 
     def test_shows_the_types(self):
         lines = self.device.eventlist("types", "--language", "de").stdout.splitlines()
@@ -248,6 +222,24 @@ class EventlistOfAnotherService(unittest.TestCase):
         done = self.list_of("short")
         self.assertEqual((done.returncode, done.stderr), (0, ""))
         self.assertRegex(done.stdout.splitlines()[1], r"^ *7 +alarm +pump$")
+
+    def test_tells_a_human_that_it_waits_and_nobody_else(self):
+        with Device() as device:
+            service = device.start("/usr/bin/python3", Path(__file__).with_name("fake_service.py"), "slow")
+            service.wait_for("ready")
+            terminal = Terminal()
+            self.addCleanup(terminal.close)
+            silent = device.start_eventlist("list", "--count", "1")
+            service.wait_for("asked\n")
+            told = subprocess.Popen([os.environ["EVENTLIST"], "list", "--count", "1"], stderr=terminal.slave,
+                                    stdout=subprocess.PIPE, env=dict(device.environment, TERM="xterm"))
+            wait_until(lambda: "\r\x1b[Kwaiting for the central service (2 s)" in terminal.read(), "it tells")
+            service.wait_for("asked\nasked\n")
+            service.type("go\n")
+            self.assertTrue(told.communicate(timeout=30)[0].endswith(b"pump\n"))
+            # The line has gone when it ends, and without a terminal there was none.
+            self.assertTrue(terminal.read().endswith("\r\x1b[K"), terminal.read())
+            self.assertEqual((silent.wait(), silent.err), (0, ""))
 
     def test_refuses_answers_of_another_shape(self):
         for behaviour in ("values", "shape"):

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "eventlist/Command.h"
+
+/// Resolves stored descriptions into texts.
+class ResolveCommand : public Command
+{
+public:
+    QString name() const override;
+    QString summary() const override;
+    QString usage() const override;
+    QString explanation() const override;
+    QVector<Option> options() const override;
+    QStringList examples() const override;
+    QString exitCodes() const override;
+    int run(const Arguments& arguments) override;
+};
