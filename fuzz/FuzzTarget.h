@@ -5,6 +5,7 @@
 #include <QDebug>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -16,11 +17,34 @@
 #include <mutex>
 #include <utility>
 
-/// What each fuzz target offers to the fuzzer, and to the program that replays a corpus.
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
+/// Begins the function that gets an input. A target lies in a namespace of its own, so that all of them go into the one
+/// program that replays what was kept; with the fuzzer each is a program by itself.
+#ifdef FUZZ_REPLAY
+#define FUZZ_TARGET(name)                                                                          \
+    int takeInput(const uint8_t* data, size_t size);                                               \
+    const bool isKnown = fuzz::addTarget(#name, takeInput);                                        \
+    int takeInput(const uint8_t* data, size_t size)
+#else
+#define FUZZ_TARGET(name) extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+#endif
 
 namespace fuzz
 {
+
+using TakeInput = int (*)(const uint8_t* data, size_t size);
+
+/// The targets of this program by their names.
+inline QMap<QString, TakeInput>& targets()
+{
+    static QMap<QString, TakeInput> known;
+    return known;
+}
+
+inline bool addTarget(const char* name, TakeInput takeInput)
+{
+    targets().insert(QLatin1String(name), takeInput);
+    return true;
+}
 
 /// Ends the process when something does not hold that must: the fuzzer keeps the input, the replay
 /// fails.

@@ -10,7 +10,7 @@
 #include <QDir>
 #include <QFile>
 
-namespace
+namespace fuzz_configuration_file
 {
 const QString heads[] = {QStringLiteral("Can't read configuration description ")};
 const QString bait = QStringLiteral("lies outside");
@@ -81,9 +81,8 @@ void checkLoaded(const QByteArray& content, const QString& name, const QString& 
                       url);
     }
 }
-} // namespace
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+FUZZ_TARGET(configuration_file)
 {
     QByteArray content(reinterpret_cast<const char*>(data), int(size));
     const QString name = QString::fromUtf8(takeLine(content));
@@ -104,3 +103,4 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     }
     return 0;
 }
+} // namespace fuzz_configuration_file

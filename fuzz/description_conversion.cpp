@@ -15,12 +15,12 @@
 #include <QJsonObject>
 #include <QVariantHash>
 
+namespace fuzz_description_conversion
+{
 using Provider = EventsDBusProviderBaseClass;
 using Argument = EventlistHandlerStructs::stDescriptionArgument;
 using UrlArgument = EventlistHandlerConvenienceFunctions::stDescriptionUrlArgument;
 
-namespace
-{
 const QStringList words{QStringLiteral("textSource"),
                         QStringLiteral("moduleName"),
                         QStringLiteral("ObjectName"),
@@ -239,9 +239,8 @@ void checkUrlArguments(const Provider& provider, const QVariantList& entries)
         fuzz::require(!read.at(i).textObject.isEmpty(), "it has a text, or the key of its text");
     }
 }
-} // namespace
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+FUZZ_TARGET(description_conversion)
 {
     static const bool isBusOutOfReach =
         qputenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + fuzz::folder().toUtf8() + "/no-bus");
@@ -272,3 +271,4 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
                   warnings.join(QLatin1Char('\n')));
     return 0;
 }
+} // namespace fuzz_description_conversion

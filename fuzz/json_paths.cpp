@@ -6,7 +6,7 @@
 
 #include <QJsonDocument>
 
-namespace
+namespace fuzz_json_paths
 {
 const QStringList words{QStringLiteral("a"), QStringLiteral("b"),    QStringLiteral("a/b"),
                         QStringLiteral("/"), QStringLiteral("a/"),   QStringLiteral("value"),
@@ -22,9 +22,8 @@ QJsonValue walk(const QString& path, const QJsonObject& object)
     }
     return value;
 }
-} // namespace
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+FUZZ_TARGET(json_paths)
 {
     fuzz::Input input(data, size, words);
     const bool isText = size > 1 && memchr(data, '\n', size) != nullptr && data[0] < 0x80;
@@ -57,3 +56,4 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     fuzz::require(fuzz::Log::take().isEmpty(), "there is no warning");
     return 0;
 }
+} // namespace fuzz_json_paths

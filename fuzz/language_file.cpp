@@ -10,7 +10,7 @@
 #include <QVariantMap>
 #include <QtEndian>
 
-namespace
+namespace fuzz_language_file
 {
 const QStringList urls{QStringLiteral("PumpControl/OverTemperature"),
                        QStringLiteral("PumpControl/Started"),
@@ -25,9 +25,8 @@ QByteArray bigEndianUnits(const QString& text)
     qToBigEndian<quint16>(text.utf16(), text.size(), units.data());
     return units;
 }
-} // namespace
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+FUZZ_TARGET(language_file)
 {
     const QByteArray content(reinterpret_cast<const char*>(data), int(size));
     const QString path = QDir(fuzz::folder()).filePath(QStringLiteral("lang_en.qm"));
@@ -58,3 +57,4 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     fuzz::require(fuzz::Log::take().isEmpty(), "looking texts up gives no warning");
     return 0;
 }
+} // namespace fuzz_language_file

@@ -8,7 +8,7 @@
 
 #include <QJsonDocument>
 
-namespace
+namespace fuzz_metadata_resolution
 {
 const QStringList words{QStringLiteral("DescriptionScheme"),
                         QStringLiteral("Arguments"),
@@ -55,9 +55,8 @@ QJsonObject metaDataFrom(const uint8_t* data, size_t size)
     metaData.insert(QStringLiteral("DescriptionScheme"), input.object(0));
     return metaData;
 }
-} // namespace
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+FUZZ_TARGET(metadata_resolution)
 {
     const QJsonObject metaData = metaDataFrom(data, size);
     const QVariantMap before{{QStringLiteral("before"), 7}};
@@ -84,3 +83,4 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     fuzz::require(units <= limit, "the texts of an event stay below the limit");
     return 0;
 }
+} // namespace fuzz_metadata_resolution

@@ -8,11 +8,11 @@
 
 #include <QJsonDocument>
 
+namespace fuzz_metadata_round_trip
+{
 using Functions = EventlistHandlerConvenienceFunctions;
 using Argument = EventlistHandlerStructs::stDescriptionArgument;
 
-namespace
-{
 const QStringList words{QStringLiteral("%1"),      QStringLiteral("%2"),
                         QStringLiteral("%10"),     QStringLiteral("%1%2"),
                         QStringLiteral("lang_en"), QStringLiteral("lang_de"),
@@ -41,9 +41,8 @@ QJsonObject argumentObject(const char* type, const QJsonValue& value)
 {
     return {{QStringLiteral("type"), QLatin1String(type)}, {QStringLiteral("value"), value}};
 }
-} // namespace
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+FUZZ_TARGET(metadata_round_trip)
 {
     fuzz::Input input(data, size, words);
     const QVariantMap texts = textObject(input);
@@ -101,3 +100,4 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     }
     return 0;
 }
+} // namespace fuzz_metadata_round_trip

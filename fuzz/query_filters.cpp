@@ -13,10 +13,10 @@
 #include <algorithm>
 #include <memory>
 
+namespace fuzz_query_filters
+{
 using namespace eventlistd;
 
-namespace
-{
 // As they come over the bus: without U+0000, and nothing that UTF-8 cannot hold.
 const QStringList words{QStringLiteral("PumpControl"),
                         QStringLiteral("pumpcontrol"),
@@ -219,9 +219,8 @@ Query queryFrom(fuzz::Input& input)
     query.isOldestFirst = input.below(2) == 1;
     return query;
 }
-} // namespace
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+FUZZ_TARGET(query_filters)
 {
     fuzz::haveApplication();
     static List list;
@@ -239,3 +238,4 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     fuzz::require(fuzz::Log::take().isEmpty(), "there is no warning");
     return 0;
 }
+} // namespace fuzz_query_filters

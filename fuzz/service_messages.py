@@ -63,11 +63,16 @@ class MessageMaker(ValueMaker):
     def call(self):
         # Events come often, what ends them seldom.
         method = LOG_EVENT if self.chance() < 0.5 else self.choice(METHODS)
-        if method in (DELETE, SUPPRESS) and self.chance() < 0.95:
+        if method in (DELETE, SUPPRESS) and self.chance() < 0.97:
             method = LOG_EVENT
         path, interface, member, signature = method
         message = dbus.lowlevel.MethodCallMessage(SERVICE, path, interface if self.chance() < 0.9 else None, member)
-        values = self.event() if method is LOG_EVENT else [self.value(type_, 2) for type_ in types_of(signature)]
+        if method is LOG_EVENT:
+            values = self.event()
+        elif method is SUPPRESS:
+            values = [self.chance() < 0.2]
+        else:
+            values = [self.value(type_, 2) for type_ in types_of(signature)]
         if values:
             message.append(*values, signature=signature)
         return message

@@ -13,10 +13,10 @@
 
 #include <cmath>
 
+namespace fuzz_spool_reader
+{
 using namespace eventlistd;
 
-namespace
-{
 QString key(const char* name)
 {
     return QLatin1String(name);
@@ -129,9 +129,8 @@ void check(Spool& spool, const QByteArray& content)
         compare(stored.first().event, reference.object);
     }
 }
-} // namespace
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+FUZZ_TARGET(spool_reader)
 {
     fuzz::haveApplication();
     static Spool spool;
@@ -152,3 +151,4 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     fuzz::Log::requireOnly(fuzz::Log::take(), {QStringLiteral("Spool: ")});
     return 0;
 }
+} // namespace fuzz_spool_reader
