@@ -17,8 +17,8 @@ namespace
 
 // Far below the bounds of the exported steps, which alone know what happens there; and so small that
 // what was done here in vain does not count.
-constexpr qint64 maximumTextUnits = 1024 * 1024;
-constexpr qint64 maximumSearchedUnits = 16 * maximumTextUnits;
+constexpr qint64 ordinaryTextUnits = 1024 * 1024;
+constexpr qint64 ordinarySearchedUnits = 16 * ordinaryTextUnits;
 
 // Room for what stands beside the texts in each language: keys, quotes, short arguments.
 constexpr int unitsOfLanguage = 64;
@@ -139,8 +139,8 @@ bool EventTextWriter::resolve()
         const PlaceholderReplacement replacement(argument.key());
         const QStringList texts = argumentTexts(argument.value());
         searchedUnits += PlaceholderReplacement::searchedUnits(m_texts);
-        if (searchedUnits > maximumSearchedUnits ||
-            !replacement.staysBelow(maximumTextUnits, m_texts, texts))
+        if (searchedUnits > ordinarySearchedUnits ||
+            !replacement.staysBelow(ordinaryTextUnits, m_texts, texts))
         {
             return false;
         }
