@@ -58,8 +58,9 @@ cat /tmp/list
 [ "$(grep -c ' pump  *' /tmp/list)" -eq 2 ] || fail "there are not two spool files of the user pump"
 [ "$(ps -o user= -C eventlistd 2>/dev/null || stat -c %U "/proc/$(pidof eventlistd)")" = eventlistd ] ||
     fail "the service does not run as eventlistd"
-refused=$(as guest eventlist delete --yes 2>&1) && fail "a guest may delete the list"
-echo "a guest who wants to delete the list: $refused"
+# The call expects no answer, so that the list alone tells whether it was let through.
+as guest eventlist delete --yes >/dev/null 2>&1 || true
+[ "$(as guest eventlist list --module Consumer --sender | grep -c ' pump')" -eq 4 ] || fail "a guest may delete the list"
 
 echo "-- removing the packages"
 apt-get -qq -o Dpkg::Use-Pty=0 purge -y 'libeventlisthandler*' 'eventlist*' >/tmp/apt.log 2>&1 ||
