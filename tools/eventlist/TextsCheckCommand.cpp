@@ -188,8 +188,9 @@ int TextsCheckCommand::readLanguageFiles(const Arguments& arguments, TextCheck& 
         if (word.endsWith(QLatin1String(".qm")))
         {
             return complain(
-                QStringLiteral("'%1' is compiled: name its language file (*.ts), and its folder with "
-                               "--compiled")
+                QStringLiteral(
+                    "'%1' is compiled: name its language file (*.ts), and its folder with "
+                    "--compiled")
                     .arg(word));
         }
         if (!folder.exists())
