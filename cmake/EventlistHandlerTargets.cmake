@@ -31,22 +31,3 @@ function(eventlisthandler_target_defaults target)
         target_link_options(${target} PRIVATE -fprofile-instr-generate)
     endif()
 endfunction()
-
-# Compiles Qt Linguist files, by id, to <folder>/<base name>.qm; a text without a finished translation is left
-# out, so that it counts as missing and not as empty.
-#   eventlisthandler_add_texts(<target> FOLDER <output folder> SOURCES lang_de.ts ...)
-function(eventlisthandler_add_texts target)
-    cmake_parse_arguments(PARSE_ARGV 1 TEXTS "" "FOLDER" "SOURCES")
-    set(outputs)
-    foreach(source IN LISTS TEXTS_SOURCES)
-        get_filename_component(name "${source}" NAME_WE)
-        get_filename_component(input "${source}" ABSOLUTE)
-        set(output "${TEXTS_FOLDER}/${name}.qm")
-        add_custom_command(OUTPUT "${output}"
-            COMMAND ${CMAKE_COMMAND} -E make_directory "${TEXTS_FOLDER}"
-            COMMAND Qt5::lrelease -silent -idbased -nounfinished "${input}" -qm "${output}"
-            DEPENDS "${input}" COMMENT "Texts ${output}" VERBATIM)
-        list(APPEND outputs "${output}")
-    endforeach()
-    add_custom_target(${target} ALL DEPENDS ${outputs})
-endfunction()

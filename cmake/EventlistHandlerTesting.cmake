@@ -62,7 +62,18 @@ function(eventlisthandler_set_test_properties name kind timeout is_spooling is_s
             message(FATAL_ERROR "${name} needs the service: set EVENTLISTHANDLER_BUILD_SERVICE to ON")
         endif()
         set_property(TEST ${name} APPEND PROPERTY ENVIRONMENT_MODIFICATION
-            "EVENTLISTHANDLER_EVENTLISTD=set:$<TARGET_FILE:eventlistd>")
+            "EVENTLISTHANDLER_EVENTLISTD=set:$<TARGET_FILE:eventlistd>"
+            "EVENTLISTHANDLER_TEXTS=set:${EVENTLISTHANDLER_TEXT_FOLDER}")
+    endif()
+endfunction()
+
+# Test programs wait for buses and files, not for their own code: most of a test's cost is its compilation.
+function(eventlisthandler_compile_fast target)
+    target_compile_options(${target} PRIVATE -O0 -g1)
+    if(EVENTLISTHANDLER_PRECOMPILED_HEADERS)
+        target_precompile_headers(${target} REUSE_FROM EventlistHandlerTestHeaders)
+        # Without it a compiler cache takes no part where precompiled headers are.
+        target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
     endif()
 endfunction()
 
@@ -98,6 +109,7 @@ function(eventlisthandler_add_test name)
     eventlisthandler_target_defaults(${target})
     set_target_properties(${target} PROPERTIES OUTPUT_NAME ${name})
     target_compile_definitions(${target} PRIVATE QT_NO_CAST_FROM_ASCII)
+    eventlisthandler_compile_fast(${target})
     # The platform stands last: linkers that drop unused libraries look at what came before.
     target_link_libraries(${target} PRIVATE
         ${library} ${TEST_LIBRARIES} EventlistHandlerTestSupport EventlistHandlerPlatform Qt5::Test)
@@ -112,7 +124,8 @@ function(eventlisthandler_add_test name)
 endfunction()
 
 # A test that is a script or any other command, in the environment of all tests. It passes with exit code 0;
-# 77 means that it could not run here, for a reason that it has printed.
+# 77 means that it could not run here, for a reason that it has printed. One of the kind "campaign" runs for long, and
+# only when it is asked for: ctest -C campaign -L campaign. The scripts/campaign-* do so.
 #   eventlisthandler_add_script_test(<name> COMMAND <command> [<argument> ...] KIND <kind> [FOLDER <Folder>]
 #                                    [SPOOL] [SERVICE] [TIMEOUT s])
 function(eventlisthandler_add_script_test name)
@@ -124,7 +137,11 @@ function(eventlisthandler_add_script_test name)
     if(TEST_FOLDER)
         set(test ${TEST_KIND}/${TEST_FOLDER}/${name})
     endif()
-    add_test(NAME ${test} COMMAND ${TEST_COMMAND})
+    set(configurations)
+    if(TEST_KIND STREQUAL campaign)
+        set(configurations CONFIGURATIONS campaign)
+    endif()
+    add_test(NAME ${test} COMMAND ${TEST_COMMAND} ${configurations})
     eventlisthandler_test_timeout(timeout "${TEST_KIND}" "${TEST_TIMEOUT}")
     eventlisthandler_set_test_properties(${test} ${TEST_KIND} ${timeout} "${TEST_SPOOL}" "${TEST_SERVICE}")
 endfunction()
@@ -132,7 +149,9 @@ endfunction()
 function(eventlisthandler_test_timeout result kind timeout)
     if(NOT timeout)
         set(timeout 60)
-        if(NOT kind MATCHES "^(unit|bus)$")
+        if(kind STREQUAL campaign)
+            set(timeout 43200)
+        elseif(NOT kind MATCHES "^(unit|bus)$")
             set(timeout 300)
         endif()
     endif()

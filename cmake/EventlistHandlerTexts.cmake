@@ -1,4 +1,26 @@
-# Tests for the texts of a module; part of the CMake package.
+# Building and testing the texts of a module; part of the CMake package.
+
+# Compiles Qt Linguist files, by id, to <folder>/<base name>.qm; a text without a finished translation is left
+# out, so that it counts as missing and not as empty.
+#   eventlisthandler_add_texts(<target> FOLDER <output folder> SOURCES lang_de.ts ...)
+function(eventlisthandler_add_texts target)
+    cmake_parse_arguments(PARSE_ARGV 1 TEXTS "" "FOLDER" "SOURCES")
+    if(NOT TARGET Qt5::lrelease)
+        find_package(Qt5 5.15 REQUIRED COMPONENTS LinguistTools)
+    endif()
+    set(outputs)
+    foreach(source IN LISTS TEXTS_SOURCES)
+        get_filename_component(name "${source}" NAME_WE)
+        get_filename_component(input "${source}" ABSOLUTE)
+        set(output "${TEXTS_FOLDER}/${name}.qm")
+        add_custom_command(OUTPUT "${output}"
+            COMMAND ${CMAKE_COMMAND} -E make_directory "${TEXTS_FOLDER}"
+            COMMAND Qt5::lrelease -silent -idbased -nounfinished "${input}" -qm "${output}"
+            DEPENDS "${input}" COMMENT "Texts ${output}" VERBATIM)
+        list(APPEND outputs "${output}")
+    endforeach()
+    add_custom_target(${target} ALL DEPENDS ${outputs})
+endfunction()
 
 # A test that compares the language files of a module with each other and with its sources, by
 # "eventlist texts check"; its --help lists the rules.

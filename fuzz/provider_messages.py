@@ -1,15 +1,10 @@
-"""Well-formed D-Bus messages of random signature and content for an events provider.
-
-Each message is made of its seed and its index alone, so that any of them can be made again.
-"""
-
-import os
-import random
+"""Well-formed D-Bus messages of random signature and content for an events provider."""
 
 import dbus
 import dbus.lowlevel
 
-BUS_PREFIX = os.environ.get("EVENTLISTHANDLER_BUS_PREFIX", "org.eventlist")
+from bus_messages import BUS_PREFIX, TEXTS, RepeatedKey, ValueMaker
+
 PROVIDER = BUS_PREFIX + ".PumpControl"
 PATH = "/Events"
 INTERFACE = "Interface.Events"
@@ -23,16 +18,6 @@ KEYS = ("textSource", "moduleName", "ObjectName", "InstanceName", "url")
 ALL_KEYS = KEYS + ("Arguments", "UrlArguments", "Placeholder", "Argument")
 URLS = ("PumpControl/OverTemperature", "PumpControl/Started", "PumpControl/Pump3", "MachineWatch/Readings")
 LEAVES = ("Messages/Blocked", "Name", "Messages", "Messages/Blocked/value", "Name/value/lang_de")
-TEXTS = ("", " ", "/", "//", "..", "../../etc/passwd", "%", "%%", "%1", "%2", "%3", "%10", "%1%2%1", "%L1", "lang_en",
-         "lang_de", "0", "1", "-1", "99999999999", "abc", "PumpControl", "pumpcontrol", "PumpControl/OverTemperature",
-         "\x01\x02\x1f", "\x7f\x80\x9f", "\n\r\t", "\"\\'", "{}", "[1,2", "\u202e\u2028\ufeff", "\ufffd", "\U0001f600",
-         "\U0010fffd", "e\u0301", "Pumpe ü €", "null", "%s%n%x", "<b>&amp;", *ALL_KEYS)
-ENDS_OF_RANGES = {"y": (0, 255), "n": (-2 ** 15, 2 ** 15 - 1), "q": (0, 2 ** 16 - 1), "i": (-2 ** 31, 2 ** 31 - 1),
-                  "u": (0, 2 ** 32 - 1), "x": (-2 ** 63, 2 ** 63 - 1), "t": (0, 2 ** 64 - 1)}
-NUMBERS = {"y": dbus.Byte, "n": dbus.Int16, "q": dbus.UInt16, "i": dbus.Int32, "u": dbus.UInt32, "x": dbus.Int64,
-           "t": dbus.UInt64}
-BASIC = "ybnqiuxtdsogsssii"
-DOUBLES = (0.0, -0.0, 1.5, 1e308, -1e-308, float("inf"), float("-inf"), float("nan"))
 PATHS = (PATH, PATH, PATH, "/", "/Events/x", "/org/freedesktop/DBus", "/EventlistWrite", "/a/b_1/C")
 INTERFACES = (INTERFACE, INTERFACE, INTERFACE, None, "org.freedesktop.DBus.Properties",
               "org.freedesktop.DBus.Introspectable", "org.freedesktop.DBus.Peer", "org.freedesktop.DBus",
@@ -44,128 +29,16 @@ SIGNATURES = ("", "a{sv}", "av", SLOT_SIGNATURE, "s" + SLOT_SIGNATURE, "asssa{sv
               "sss", "ssv", "ss", "s", "assssassss")
 
 
-class RepeatedKey(str):
-    """Text that differs from every other key of a dictionary, and is equal to others on the bus."""
-
-    __hash__ = object.__hash__
-
-    def __eq__(self, other):
-        return self is other
-
-
-def types_of(signature):
-    """The single complete types of a signature."""
-    types = []
-    while signature:
-        end = length_of_type(signature)
-        types.append(signature[:end])
-        signature = signature[end:]
-    return types
-
-
-def length_of_type(signature):
-    if signature[0] == "a":
-        return 1 + length_of_type(signature[1:])
-    if signature[0] not in "({":
-        return 1
-    depth = 0
-    for position, code in enumerate(signature):
-        depth += code in "({"
-        depth -= code in ")}"
-        if depth == 0:
-            return position + 1
-    raise ValueError(signature)
-
-
-class MessageMaker:
+class MessageMaker(ValueMaker):
     """Makes the content of one message."""
 
-    def __init__(self, seed, index):
-        self.random = random.Random(seed << 40 | index)
-        self.chance = self.random.random
-        self.choice = self.random.choice
-
-    # Values of any type
-
-    def text(self):
-        kind = self.chance()
-        if kind < 0.8:
-            return self.choice(TEXTS)
-        if kind < 0.99:
-            return "".join(self.choice(TEXTS) for _ in range(self.random.randrange(1, 6)))
-        return self.choice(TEXTS) * self.random.randrange(1, 2000)
-
-    def basic(self, code, level):
-        if code in NUMBERS:
-            number = self.choice((0, 1, 2, 7, *ENDS_OF_RANGES[code]))
-            return NUMBERS[code](number, variant_level=level)
-        if code == "b":
-            return dbus.Boolean(self.chance() < 0.5, variant_level=level)
-        if code == "d":
-            return dbus.Double(self.choice(DOUBLES), variant_level=level)
-        if code == "o":
-            return dbus.ObjectPath(self.choice(PATHS), variant_level=level)
-        if code == "g":
-            return dbus.Signature(self.choice(SIGNATURES), variant_level=level)
-        return dbus.String(self.text(), variant_level=level)
-
-    def type(self, depth):
-        kind = self.chance()
-        if depth <= 0 or kind < 0.5:
-            return self.choice(BASIC)
-        if kind < 0.65:
-            return "v"
-        if kind < 0.8:
-            return "a" + self.type(depth - 1)
-        if kind < 0.9:
-            return "a{" + self.choice(BASIC) + self.type(depth - 1) + "}"
-        return "(" + "".join(self.type(depth - 1) for _ in range(self.random.randrange(1, 4))) + ")"
-
-    def value(self, type_, depth, level=0):
-        """A value of one single complete type. Depth bounds what variants add."""
-        if type_ == "v":
-            return self.variant(depth - 1, level + 1)
-        if type_[0] == "(":
-            return dbus.Struct([self.value(member, depth) for member in types_of(type_[1:-1])],
-                               signature=type_[1:-1], variant_level=level)
-        if type_.startswith("a{"):
-            entries = {}
-            key_type, content_type = types_of(type_[2:-1])
-            for _ in range(self.random.randrange(4)):
-                key = RepeatedKey(self.text()) if key_type == "s" else self.value(key_type, 0)
-                entries[key] = self.value(content_type, depth)
-            return dbus.Dictionary(entries, signature=type_[2:-1], variant_level=level)
-        if type_[0] == "a":
-            count = self.random.randrange(4)
-            return dbus.Array([self.value(type_[1:], depth) for _ in range(count)],
-                              signature=type_[1:], variant_level=level)
-        return self.basic(type_, level)
-
-    def variant(self, depth=2, level=1):
-        return self.value(self.type(depth), depth, level)
-
-    def deep(self):
-        """A value that is nested as deep as the bus lets through."""
-        levels = self.random.randrange(8, 29)
-        kind = self.chance()
-        if kind < 0.4:
-            value = dbus.Array([dbus.String(self.text(), variant_level=1)], signature="v", variant_level=1)
-            for _ in range(levels - 1):
-                value = dbus.Array([value], signature="v", variant_level=1)
-            return value
-        if kind < 0.7:
-            value = dbus.Int32(1, variant_level=1)
-            for _ in range(levels // 2):
-                value = dbus.Dictionary({self.choice(ALL_KEYS): value}, signature="sv", variant_level=1)
-            return value
-        if kind < 0.85:
-            return dbus.Array([], signature="a" * (levels - 1) + "s", variant_level=1)
-        value = dbus.Byte(1)
-        type_ = "y"
-        for _ in range(levels - 1):
-            value = dbus.Struct([value], signature=type_)
-            type_ = "(" + type_ + ")"
-        return dbus.Struct([value], signature=type_, variant_level=1)
+    texts = TEXTS + ALL_KEYS
+    keys = ALL_KEYS
+    paths = PATHS
+    interfaces = INTERFACES
+    members = MEMBERS
+    signatures = SIGNATURES
+    destination = PROVIDER
 
     # Dictionaries of an event
 
@@ -268,29 +141,13 @@ class MessageMaker:
 
     # Messages
 
-    def texts(self):
-        return dbus.Array([self.text() for _ in range(self.random.randrange(4))], signature="s")
-
     def event(self):
         message = dbus.lowlevel.MethodCallMessage(PROVIDER, PATH, INTERFACE, SLOT)
-        attributes = dbus.Array(["3", "0", "EventlistEvent"], signature="s") if self.chance() < 0.5 else self.texts()
-        message.append(attributes, self.text(), self.text(), self.description(), self.texts(), self.text(), self.text(),
-                       signature=SLOT_SIGNATURE)
-        return message
-
-    def anything(self):
-        path, interface, member = self.choice(PATHS), self.choice(INTERFACES), self.choice(MEMBERS)
-        if self.chance() < 0.15:
-            message = dbus.lowlevel.SignalMessage(path, interface or INTERFACE, member)
-            message.set_destination(PROVIDER)
-        else:
-            message = dbus.lowlevel.MethodCallMessage(PROVIDER, path, interface, member)
-        if self.chance() < 0.4:
-            types = types_of(self.choice(SIGNATURES))
-        else:
-            types = [self.type(4) for _ in range(self.random.randrange(8))]
-        if types:
-            message.append(*[self.value(type_, 4) for type_ in types], signature="".join(types))
+        attributes = self.some_texts()
+        if self.chance() < 0.5:
+            attributes = dbus.Array(["3", "0", "EventlistEvent"], signature="s")
+        message.append(attributes, self.text(), self.text(), self.description(), self.some_texts(), self.text(),
+                       self.text(), signature=SLOT_SIGNATURE)
         return message
 
     def message(self):

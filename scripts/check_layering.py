@@ -21,9 +21,9 @@ INCLUDE_ROOTS = (
     ("platform/standin", ("platform/standin", "platform/api", "src")),
     ("service", ("service", "platform/api", "platform/standin")),
     ("tools", ("tools", "src", "platform/api")),
-    ("examples", ("examples", "src", "platform/api")),
+    ("examples", ("examples", "src", "platform/api", "tests/support")),
     ("benchmarks", ("benchmarks", "tests", "src", "platform/api")),
-    ("fuzz", ("fuzz", "tests", "src", "platform/api")),
+    ("fuzz", ("fuzz", "tests", "tests/support", "src", "platform/api", "service")),
     ("tests", ("tests", "tests/support", "tests/unit", "tests/bus", "tests/contract", "src", "platform/api",
                "platform/standin", "service", "tools")),
 )

@@ -34,7 +34,7 @@ EVERYWHERE = (
 )
 URL = re.compile(r"\bhttps?://(?P<host>[A-Za-z0-9.-]+)")
 # Names of formats, which nobody fetches.
-URLS_OF_FORMATS = ("www.freedesktop.org", "www.w3.org", "json-schema.org", "127.0.0.1", "localhost")
+URLS_OF_FORMATS = ("www.debian.org", "www.freedesktop.org", "www.w3.org", "json-schema.org", "127.0.0.1", "localhost")
 
 # A comment that is a statement. Words of a sentence rarely end like this.
 COMMENTED_OUT = re.compile(r"^\s*//(?!/)\s*(?!.*\b(is|are|the|a|an|in|of|not)\b)"

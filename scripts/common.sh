@@ -31,6 +31,8 @@ use_compiler_cache()
         export CCACHE_DIR=$PWD/build/ccache
         mkdir -p "$CCACHE_DIR"
     fi
+    # It takes no part in what includes precompiled headers without this.
+    export CCACHE_SLOPPINESS=${CCACHE_SLOPPINESS:-pch_defines,time_macros}
     compiler_cache=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 }
 
@@ -54,4 +56,24 @@ configure()
         cat "$log" >&2
         fail "configuring $preset failed"
     fi
+}
+
+# Builds what the tests need and runs the campaign tests of one folder, which tell their figures. The usage comes on the
+# standard input.
+run_campaign()
+{
+    local folder=$1
+    shift
+    local usage
+    usage=$(cat)
+    if [ $# -gt 0 ]; then
+        [[ "$*" == --help || "$*" == -h ]] || { printf '%s\n' "$usage" >&2; exit 2; }
+        printf '%s\n' "$usage"
+        exit 0
+    fi
+    say "Building"
+    configure development
+    cmake --build build/development -j "$(job_count)" --target all || fail "the build failed"
+    say "The campaign"
+    ctest --test-dir build/development -C campaign -L '^campaign$' -R "^campaign/$folder/" --verbose --no-tests=error
 }

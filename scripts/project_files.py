@@ -1,6 +1,7 @@
 """The project's own files, found without any version control, so that a check also works on an unpacked archive."""
 
 import os
+import re
 from pathlib import Path
 
 # Folders that are made and not written.
@@ -9,6 +10,10 @@ MADE = ("build", ".git", "__pycache__")
 CODE = ("src", "platform", "service", "tools", "examples", "tests", "benchmarks", "fuzz")
 
 CPP = (".h", ".cpp")
+
+
+# A quote behind these parts the digits of a number.
+DIGITS_BEFORE = re.compile(r"(?<!\w)\d[\w']*$")
 
 
 def is_made(name):
@@ -57,7 +62,7 @@ def without_comments_and_texts(source):
             stop = end if stop < 0 else stop + len(delimiter) + 2
             out.append('"' + blank(source[position + 1:stop - 1]) + '"')
         elif source[position] == '"' or (source[position] == "'"
-                                         and not (position and source[position - 1].isalnum())):
+                                         and not DIGITS_BEFORE.search(source[max(0, position - 40):position])):
             quote = source[position]
             stop = position + 1
             while stop < end and source[stop] not in (quote, "\n"):

@@ -1,5 +1,6 @@
 #include "core/BusEndpoint.h"
 #include "core/Database.h"
+#include "core/DatabaseCheck.h"
 #include "core/EventlistService.h"
 #include "core/Names.h"
 #include "core/Options.h"

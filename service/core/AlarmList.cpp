@@ -2,6 +2,7 @@
 
 #include "core/Database.h"
 #include "core/EventColumns.h"
+#include "core/KeywordText.h"
 #include "core/Names.h"
 
 #include "Platform/IsoDateConverter.h"
@@ -15,7 +16,6 @@ namespace eventlistd
 
 namespace
 {
-constexpr char16_t keywordMark = u'\x1f';
 
 QString detectorKey()
 {
@@ -44,7 +44,7 @@ Event readEvent(const QSqlQuery& query)
     event.timeMs = query.value(column++).toLongLong();
     event.moduleName = query.value(column++).toString();
     const QString keywords = query.value(column++).toString();
-    event.keywords = keywords.isEmpty() ? QStringList() : keywords.split(QChar(keywordMark));
+    event.keywords = keywords.isEmpty() ? QStringList() : splitKeywords(keywords);
     event.eventId = query.value(column++).toString();
     event.timestamp = query.value(column++).toString();
     event.offsetSeconds = query.value(column++).toInt();
@@ -352,7 +352,7 @@ bool AlarmList::write(const Event& event, const QString& id)
     int column = 0;
     for (const QVariant& value :
          QVariantList{event.id, event.type, event.state, event.timeMs, event.moduleName,
-                      event.keywords.join(QChar(keywordMark)), event.eventId, event.timestamp,
+                      joinedKeywords(event.keywords), event.eventId, event.timestamp,
                       event.offsetSeconds, event.icon, event.description, event.user,
                       event.metaData, event.sourceHashType, event.sourceHashes, id, event.size()})
     {
@@ -404,6 +404,16 @@ void AlarmList::updateStates()
 {
     m_states = {m_counts[0][0] + m_counts[0][1] > 0, m_counts[0][1] > 0,
                 m_counts[1][0] + m_counts[1][1] > 0, m_counts[1][1] > 0, m_isCentralDetectorActive};
+}
+
+QVariantMap AlarmList::stateAnswer() const
+{
+    return {{QStringLiteral("AlarmInAlarmlist"), m_states.hasAlarm},
+            {QStringLiteral("ActiveAlarmInAlarmlist"), m_states.hasActiveAlarm},
+            {QStringLiteral("FaultInAlarmlist"), m_states.hasFault},
+            {QStringLiteral("ActiveFaultInAlarmlist"), m_states.hasActiveFault},
+            {QStringLiteral("CentralDetector"), m_states.isCentralDetectorActive},
+            {QStringLiteral("RefusedAcknowledgements"), m_refused}};
 }
 
 } // namespace eventlistd

@@ -5,6 +5,7 @@
 #include "core/LogLimiter.h"
 
 #include <QHash>
+#include <QVariantMap>
 
 namespace eventlistd
 {
@@ -76,6 +77,8 @@ public:
 
     const States& states() const { return m_states; }
     qint64 refusedCount() const { return m_refused; }
+    /// States and count as they are answered on the bus.
+    QVariantMap stateAnswer() const;
     int rowCount() const { return m_rows.size(); }
 
     /// The columns of the event list, and what is known of the alarm beside.

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -20,6 +21,9 @@ namespace
 {
 constexpr int schemaVersion = 1;
 constexpr int damagedFilesKept = 3;
+constexpr char asideMark[] = ".damaged-";
+constexpr char asideTime[] = "yyyyMMdd'T'hhmmsszzz";
+constexpr int asideTimeLength = 18;
 
 // Names this file among all SQLite files: "EvLs".
 constexpr int applicationId = 0x45764c73;
@@ -74,14 +78,22 @@ Database::Opened Database::open()
     }
     const bool wasThere = QFileInfo(m_path).size() > 0;
     clearFailure();
+    if (!wasThere && m_firstFreeId == 0 && !filesAside().isEmpty())
+    {
+        // The end came between putting one aside and beginning the next.
+        m_firstFreeId = firstIdOfNewFile();
+    }
     if (openFile() && prepareFile())
     {
-        return wasThere ? Opened::asItWas : Opened::asNew;
+        const bool isReplacement = std::exchange(m_firstFreeId, 0) > 0;
+        return isReplacement ? Opened::inPlaceOfDamaged
+               : wasThere    ? Opened::asItWas
+                             : Opened::asNew;
     }
     if (m_failure != Failure::damaged)
     {
         close();
-        return Opened::failed;
+        return Opened::notNow;
     }
     return replaceDamaged();
 }
@@ -99,10 +111,7 @@ void Database::close()
 
 Database::Opened Database::replaceDamaged()
 {
-    // A number that the old file has given out must not come back. Its own mark may be readable
-    // still; if not, the time in milliseconds is above anything that one event after the other can
-    // have reached.
-    m_firstFreeId = QDateTime::currentMSecsSinceEpoch();
+    m_firstFreeId = firstIdOfNewFile();
     if (isOpen())
     {
         m_firstFreeId = std::max(m_firstFreeId, metaValue(QStringLiteral("last_id")).toLongLong());
@@ -110,14 +119,15 @@ Database::Opened Database::replaceDamaged()
     close();
     if (!putAside())
     {
-        return Opened::failed;
+        return Opened::notNow;
     }
     clearFailure();
-    if (!openFile() || !prepareFile() || !setMetaValue(QStringLiteral("last_id"), m_firstFreeId))
+    if (!openFile() || !prepareFile())
     {
         close();
-        return Opened::failed;
+        return Opened::notNow;
     }
+    m_firstFreeId = 0;
     return Opened::inPlaceOfDamaged;
 }
 
@@ -345,7 +355,9 @@ bool Database::makeTables()
             return false;
         }
     }
-    return run(QStringLiteral("PRAGMA application_id=%1").arg(applicationId)) &&
+    // Together with the tables: a new file that was begun counts on from the old one in any case.
+    return (m_firstFreeId == 0 || setMetaValue(QStringLiteral("last_id"), m_firstFreeId)) &&
+           run(QStringLiteral("PRAGMA application_id=%1").arg(applicationId)) &&
            run(QStringLiteral("PRAGMA user_version=%1").arg(schemaVersion)) && commit();
 }
 
@@ -361,11 +373,40 @@ bool Database::hasTables()
     return isComplete;
 }
 
+// The names of the files that were put aside, the oldest first.
+QStringList Database::filesAside() const
+{
+    const QFileInfo file(m_path);
+    return file.dir().entryList(
+        {file.fileName() + QLatin1String(asideMark) + QString(asideTimeLength, QLatin1Char('?'))},
+        QDir::Files, QDir::Name);
+}
+
+// A number that an old file has given out must not come back. The time in milliseconds is above
+// anything that one event after the other can have reached; where the clock was set back since the
+// last file was put aside, the time in its name is, with room for what came after it.
+qint64 Database::firstIdOfNewFile() const
+{
+    constexpr qint64 idsOfOneFile = 10000000000;
+    const qint64 nowMs = QDateTime::currentMSecsSinceEpoch();
+    const QStringList aside = filesAside();
+    if (aside.isEmpty())
+    {
+        return nowMs;
+    }
+    QDateTime last =
+        QDateTime::fromString(aside.constLast().right(asideTimeLength), QLatin1String(asideTime));
+    last.setTimeSpec(Qt::UTC);
+    const qint64 lastMs = last.isValid() ? last.toMSecsSinceEpoch() : 0;
+    return nowMs > lastMs ? nowMs : lastMs + idsOfOneFile;
+}
+
 bool Database::putAside()
 {
-    const QString time =
-        QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd'T'hhmmsszzz"));
-    const QString target = m_path + QStringLiteral(".damaged-") + time;
+    // The name tells the first number of the next file, which is the time as a rule.
+    const QString target =
+        m_path + QLatin1String(asideMark) +
+        QDateTime::fromMSecsSinceEpoch(m_firstFreeId, Qt::UTC).toString(QLatin1String(asideTime));
     if (::rename(QFile::encodeName(m_path).constData(), QFile::encodeName(target).constData()) != 0)
     {
         qWarning() << "Cannot put the damaged database aside:" << m_path;
@@ -383,20 +424,10 @@ bool Database::putAside()
     }
     qWarning() << "The damaged database was put aside as" << target;
 
-    const QFileInfo file(m_path);
-    const QStringList old = file.dir().entryList({file.fileName() + QStringLiteral(".damaged-*")},
-                                                 QDir::Files, QDir::Name);
-    QStringList names;
-    for (const QString& name : old)
-    {
-        if (!name.endsWith(QLatin1String("-wal")) && !name.endsWith(QLatin1String("-shm")))
-        {
-            names.append(name);
-        }
-    }
+    QStringList names = filesAside();
     while (names.size() > damagedFilesKept)
     {
-        const QString name = file.dir().filePath(names.takeFirst());
+        const QString name = QFileInfo(m_path).dir().filePath(names.takeFirst());
         QFile::remove(name);
         QFile::remove(name + QStringLiteral("-wal"));
         QFile::remove(name + QStringLiteral("-shm"));

@@ -30,7 +30,10 @@ public:
 
     enum class Opened
     {
+        /// Another process has it, or its folder cannot be used.
         failed,
+        /// Neither it nor a new one can be opened, on a full disk say. open() may be called again.
+        notNow,
         asItWas,
         /// There was none.
         asNew,
@@ -47,12 +50,13 @@ public:
     /// "<path>.damaged-<time>"; the last few of them are kept.
     /// Blocks:  while a file of up to checkAtOnceLimit bytes is read as a whole. A larger one is
     ///          read by isSound() of a second object, beside the work.
-    /// Failure: failed, with a warning. Another process that has the file open is one.
+    /// Failure: failed or notNow, with a warning.
     Opened open();
     void close();
     bool isOpen() const { return m_database.isOpen(); }
 
     /// Closes the file, puts it aside and begins a new one.
+    /// Failure: notNow, with a warning. open() goes on with it.
     Opened replaceDamaged();
 
     /// True when the whole file was not checked by open(), because it is large.
@@ -103,6 +107,8 @@ private:
     bool prepareFile();
     bool makeTables();
     bool hasTables();
+    QStringList filesAside() const;
+    qint64 firstIdOfNewFile() const;
     bool putAside();
     void note(const QSqlError& error, const QString& what);
 
@@ -116,7 +122,7 @@ private:
     bool m_needsCheck = false;
     Failure m_failure = Failure::none;
     LogLimiter m_limiter{5, 10000};
-    // The number from which a new file has to count when an old one was put aside.
+    // The number from which a new file has to count while an old one is put aside; otherwise 0.
     qint64 m_firstFreeId = 0;
 };
 

@@ -21,6 +21,12 @@ QString compactText(const QJsonObject& object)
     return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
 }
 
+// To look for one placeholder in a sentence may take as long as reading it once for each character
+// of the placeholder. Beyond this sum the placeholders stay.
+constexpr qint64 maximumSearchedUnits = 64 * 1024 * 1024;
+// What a search costs beside that.
+constexpr qint64 unitsOfEachSearch = 64;
+
 // A placeholder that would blow the sentence up stays in it: arguments come from anybody.
 void replaceWithin(QString& sentence, const QString& placeholder, const QString& argument)
 {
@@ -87,6 +93,7 @@ void describe(Event& event, const QVariantMap& scheme, const QMap<QString, QStri
 {
     QJsonObject argumentObjects;
     QVariantMap sentences = scheme;
+    qint64 searchedUnits = 0;
     for (auto it = arguments.begin(); it != arguments.end(); ++it)
     {
         argumentObjects.insert(it.key(),
@@ -95,7 +102,11 @@ void describe(Event& event, const QVariantMap& scheme, const QMap<QString, QStri
         for (QVariant& sentence : sentences)
         {
             QString text = sentence.toString();
-            replaceWithin(text, it.key(), it.value());
+            searchedUnits += (text.size() + unitsOfEachSearch) * qint64(it.key().size());
+            if (searchedUnits <= maximumSearchedUnits)
+            {
+                replaceWithin(text, it.key(), it.value());
+            }
             sentence = text;
         }
     }

@@ -49,6 +49,22 @@ QVector<EventColumns::Column> makeColumns()
         {names::sourceHashes(), [](const Event& e, Language) { return e.sourceHashes; }},
     };
 }
+
+QString knownNumber(qint64 number)
+{
+    return number < 0 ? QStringLiteral("") : QString::number(number);
+}
+
+const QVector<EventColumns::Column>& onRequest()
+{
+    static const QVector<EventColumns::Column> columns = {
+        {names::senderUid(),
+         [](const Event& e, const QString&) { return knownNumber(e.senderUid); }},
+        {names::senderPid(),
+         [](const Event& e, const QString&) { return knownNumber(e.senderPid); }},
+    };
+    return columns;
+}
 } // namespace
 
 const QVector<EventColumns::Column>& EventColumns::all()
@@ -66,12 +82,29 @@ EventColumns::EventColumns(const QStringList& wanted)
     }
     for (const QString& name : wanted)
     {
-        const auto found = std::find_if(all().begin(), all().end(),
-                                        [&](const Column& column) { return column.name == name; });
-        if (found != all().end() && !contains(name))
+        const bool isAll = name == names::usualColumns();
+        for (const Column& column : all())
         {
-            m_columns.append(*found);
+            if (isAll || column.name == name)
+            {
+                add(column);
+            }
         }
+        for (const Column& column : onRequest())
+        {
+            if (column.name == name)
+            {
+                add(column);
+            }
+        }
+    }
+}
+
+void EventColumns::add(const Column& column)
+{
+    if (!contains(column.name))
+    {
+        m_columns.append(column);
     }
 }
 

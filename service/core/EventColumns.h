@@ -9,6 +9,8 @@ namespace eventlistd
 {
 
 /// The columns of the event list, as an answer shows them. Every value is a text.
+/// The usual columns hold what a sender claims; what the service knows about it, its user and its
+/// process, comes on request only.
 class EventColumns
 {
 public:
@@ -19,10 +21,11 @@ public:
         Text text;
     };
 
-    /// All columns, in the order in which an answer has them.
+    /// The usual columns, in the order in which an answer has them.
     static const QVector<Column>& all();
 
-    /// \param wanted  names of columns; unknown ones are left out, none means all
+    /// \param wanted  names of columns, "*" for all usual ones; unknown ones are left out, none means
+    ///                the usual ones
     explicit EventColumns(const QStringList& wanted = {});
 
     QStringList header() const;
@@ -31,6 +34,8 @@ public:
     QStringList row(const Event& event, const QString& language) const;
 
 private:
+    void add(const Column& column);
+
     QVector<Column> m_columns;
 };
 

@@ -2,6 +2,7 @@
 
 #include "core/Database.h"
 #include "core/EventColumns.h"
+#include "core/KeywordText.h"
 #include "core/Names.h"
 
 #include <QSqlQuery>
@@ -14,9 +15,6 @@ namespace eventlistd
 
 namespace
 {
-// Stands before, between and behind the keywords of a row, so that one of them can be searched for
-// as a whole.
-constexpr char16_t keywordMark = u'\x1f';
 constexpr int spoolKeysKept = 10000;
 
 QString lastIdKey()
@@ -29,17 +27,17 @@ QString firstIdKey()
     return QStringLiteral("first_id");
 }
 
+// The mark also stands before and behind them, so that one keyword can be searched for as a whole.
 QString storedKeywords(const QStringList& keywords)
 {
-    return keywords.isEmpty()
-               ? QStringLiteral("")
-               : QChar(keywordMark) + keywords.join(QChar(keywordMark)) + QChar(keywordMark);
+    const QString mark{QChar(keywordMark)};
+    return keywords.isEmpty() ? QStringLiteral("")
+                              : QString(mark + joinedKeywords(keywords) + mark);
 }
 
 QStringList readKeywords(const QString& stored)
 {
-    return stored.isEmpty() ? QStringList()
-                            : stored.mid(1, stored.size() - 2).split(QChar(keywordMark));
+    return stored.isEmpty() ? QStringList() : splitKeywords(stored.mid(1, stored.size() - 2));
 }
 
 // A null string would become NULL, and the two are one to everybody outside.
@@ -101,7 +99,7 @@ Selection selection(const EventFilter& filter, const EventColumns& columns)
         for (const QString& keyword : filter.keywords)
         {
             searches.append(QStringLiteral("instr(e.keywords, ?) > 0"));
-            values.append(QString(QChar(keywordMark) + keyword + QChar(keywordMark)));
+            values.append(storedKeywords({keyword}));
         }
         conditions.append(QLatin1Char('(') + searches.join(QStringLiteral(" OR ")) +
                           QLatin1Char(')'));
@@ -113,7 +111,7 @@ Selection selection(const EventFilter& filter, const EventColumns& columns)
     // CROSS keeps the order of the loops: the small rows decide, the large ones are only fetched.
     return {QStringLiteral("SELECT e.id, e.type, e.state, e.time_ms, e.module, e.keywords,"
                            " e.event_id, c.timestamp, c.offset_s, c.icon, c.user, c.alarm_id,"
-                           " c.source_hash_type, c.source_hashes, ") +
+                           " c.source_hash_type, c.source_hashes, c.uid, c.pid, ") +
                 wide(QStringLiteral("c.description"), names::description()) + QStringLiteral(", ") +
                 wide(QStringLiteral("c.metadata"), names::metaData()) +
                 QStringLiteral(" FROM event e CROSS JOIN content c ON c.id = e.id WHERE ") +
@@ -121,6 +119,17 @@ Selection selection(const EventFilter& filter, const EventColumns& columns)
                 (filter.oldestFirst ? QStringLiteral("ASC") : QStringLiteral("DESC")) +
                 QStringLiteral(" LIMIT ?"),
             values};
+}
+
+// What is not known is NULL in the file.
+QVariant known(qint64 number)
+{
+    return number < 0 ? QVariant(QVariant::LongLong) : QVariant(number);
+}
+
+qint64 knownNumber(const QVariant& stored)
+{
+    return stored.isNull() ? -1 : stored.toLongLong();
 }
 
 Event readEvent(const QSqlQuery& query)
@@ -141,6 +150,8 @@ Event readEvent(const QSqlQuery& query)
     event.alarmId = query.value(column++).toString();
     event.sourceHashType = query.value(column++).toInt();
     event.sourceHashes = query.value(column++).toString();
+    event.senderUid = knownNumber(query.value(column++));
+    event.senderPid = knownNumber(query.value(column++));
     event.description = query.value(column++).toString();
     event.metaData = query.value(column++).toString();
     return event;
@@ -151,11 +162,6 @@ void bindAll(QSqlQuery& query, const Values&... values)
 {
     int position = 0;
     (query.bindValue(position++, values), ...);
-}
-
-QVariant known(qint64 number)
-{
-    return number < 0 ? QVariant(QVariant::LongLong) : QVariant(number);
 }
 } // namespace
 

@@ -1,12 +1,12 @@
 #include "core/EventlistService.h"
 
+#include "core/DatabaseCheck.h"
 #include "core/EventColumns.h"
 #include "core/MonotonicClock.h"
 #include "core/Names.h"
 
 #include <QDateTime>
 #include <QDebug>
-#include <QProcess>
 
 #include <algorithm>
 #include <utility>
@@ -67,15 +67,21 @@ EventlistService::~EventlistService() = default;
 
 bool EventlistService::start()
 {
-    if (!openDatabase())
+    const Database::Opened opened = openDatabase();
+    if (opened == Database::Opened::failed)
     {
         return false;
+    }
+    m_spool.start();
+    m_secondTimer.start();
+    if (opened == Database::Opened::notNow)
+    {
+        beginWaiting();
+        return true;
     }
     m_toldStates = m_alarms.states();
     logStart();
     flush();
-    m_spool.start();
-    m_secondTimer.start();
     checkDatabaseBeside();
     return true;
 }
@@ -92,7 +98,7 @@ void EventlistService::stop()
     }
     else
     {
-        qWarning() << "The end of the service loses events:" << qint64(m_queue.size());
+        qWarning() << "The end of the service loses events:" << qint64(m_queue.count());
     }
     m_database.close();
 }
@@ -221,16 +227,7 @@ QVariantMap EventlistService::events(const EventFilter& filter, QString& error)
 
 QVariantMap EventlistService::eventTypes(const QString& language) const
 {
-    ListAnswer answer({names::eventType(), names::description()});
-    const QString urls[] = {QStringLiteral("EventlistHandler/EventTypeAlarm"),
-                            QStringLiteral("EventlistHandler/EventTypeAuditTrail"),
-                            QStringLiteral("EventlistHandler/EventTypeFault"),
-                            QStringLiteral("EventlistHandler/EventTypeOtherEvent")};
-    for (int type = alarm; type <= otherEvents; ++type)
-    {
-        answer.add({QString::number(type), m_ownEvents.text(urls[type], language)});
-    }
-    return answer.toMap();
+    return m_ownEvents.eventTypes(language);
 }
 
 QVariantMap EventlistService::alarms(const QString& language, QString& error)
@@ -255,13 +252,7 @@ QVariantMap EventlistService::alarms(const QString& language, QString& error)
 QVariantMap EventlistService::alarmState()
 {
     flush();
-    const AlarmList::States& states = m_alarms.states();
-    return {{QStringLiteral("AlarmInAlarmlist"), states.hasAlarm},
-            {QStringLiteral("ActiveAlarmInAlarmlist"), states.hasActiveAlarm},
-            {QStringLiteral("FaultInAlarmlist"), states.hasFault},
-            {QStringLiteral("ActiveFaultInAlarmlist"), states.hasActiveFault},
-            {QStringLiteral("CentralDetector"), states.isCentralDetectorActive},
-            {QStringLiteral("RefusedAcknowledgements"), m_alarms.refusedCount()}};
+    return m_alarms.stateAnswer();
 }
 
 HashRegister::Result EventlistService::registerHash(const QString& hash)
@@ -287,11 +278,16 @@ HashRegister::Result EventlistService::registerHash(const QString& hash)
 
 bool EventlistService::flush()
 {
+    m_senders.waitForAnswers();
     m_batchTimer.stop();
-    while (!m_queue.empty())
+    if (!m_database.isOpen())
+    {
+        return false;
+    }
+    while (!m_queue.isEmpty())
     {
         m_lastBatchMs = monotonicMs();
-        if (!writeBatch(std::min<int>(eventsPerTransaction, int(m_queue.size()))))
+        if (!writeBatch(std::min(eventsPerTransaction, m_queue.count())))
         {
             return false;
         }
@@ -299,29 +295,48 @@ bool EventlistService::flush()
     return true;
 }
 
-bool EventlistService::openDatabase()
+Database::Opened EventlistService::openDatabase()
 {
-    const Database::Opened opened = m_database.open();
-    if (opened == Database::Opened::failed)
-    {
-        return false;
-    }
-    if (!loadAll())
+    Database::Opened opened = m_database.open();
+    if (m_database.isOpen() && !loadAll())
     {
         if (m_database.failure() != Database::Failure::damaged ||
-            m_database.replaceDamaged() == Database::Opened::failed || !loadAll())
+            m_database.replaceDamaged() != Database::Opened::inPlaceOfDamaged || !loadAll())
         {
-            return false;
+            m_database.close();
+            return Database::Opened::notNow;
         }
-        logOwn(m_ownEvents.databaseFault(true));
-        logOwn(m_ownEvents.databaseFault(false));
+        opened = Database::Opened::inPlaceOfDamaged;
     }
-    else if (opened == Database::Opened::inPlaceOfDamaged)
+    if (opened == Database::Opened::inPlaceOfDamaged)
     {
         logOwn(m_ownEvents.databaseFault(true));
         logOwn(m_ownEvents.databaseFault(false));
     }
-    return true;
+    return opened;
+}
+
+void EventlistService::reopenDatabase()
+{
+    if (openDatabase(); !m_database.isOpen())
+    {
+        return;
+    }
+    m_toldStates = m_alarms.states();
+    if (m_isStartLogged)
+    {
+        m_database.setMetaValue(bootKey(), m_settings.bootId);
+    }
+    else
+    {
+        logStart();
+    }
+    if (flush())
+    {
+        // What was asked meanwhile had no answer.
+        onReachable();
+    }
+    checkDatabaseBeside();
 }
 
 bool EventlistService::loadAll()
@@ -345,16 +360,18 @@ void EventlistService::logStart()
         work.kind = Work::Kind::powerOn;
         work.event = m_ownEvents.powerOn();
         work.size = work.event.size();
-        enqueue(std::move(work));
+        // What waits since then belongs to this boot already.
+        m_queue.prepend(std::move(work));
     }
     // After any other end a change may stand in the file that was never told.
     m_changes.isTellingAllWanted = m_database.metaValue(cleanKey()).toInt() == 0;
     m_database.setMetaValue(cleanKey(), 0);
+    m_isStartLogged = true;
 }
 
 void EventlistService::enqueue(Work work)
 {
-    if (m_queuedSize + work.size > m_settings.maximumQueue)
+    if (m_queue.size() + work.size > m_settings.maximumQueue)
     {
         ++m_lostEvents;
         return;
@@ -371,7 +388,8 @@ void EventlistService::enqueueAcknowledgement(Work work)
     {
         reason = "too many of them";
     }
-    else if (m_queuedSize + work.size > m_settings.maximumQueue + m_settings.acknowledgementReserve)
+    else if (m_queue.size() + work.size >
+             m_settings.maximumQueue + m_settings.acknowledgementReserve)
     {
         reason = "the queue is full";
     }
@@ -389,12 +407,7 @@ void EventlistService::enqueueAcknowledgement(Work work)
 
 void EventlistService::push(Work work)
 {
-    if (m_queue.empty())
-    {
-        m_oldestQueuedMs = monotonicMs();
-    }
-    m_queuedSize += work.size;
-    m_queue.push_back(std::move(work));
+    m_queue.append(std::move(work));
     scheduleBatch();
 }
 
@@ -418,7 +431,7 @@ void EventlistService::scheduleBatch()
 void EventlistService::onBatchTimer()
 {
     // The daemon tells who a new sender is a moment after its first event.
-    if (m_senders.isWaiting() && monotonicMs() - m_oldestQueuedMs < credentialsWaitMs)
+    if (m_senders.isWaiting() && monotonicMs() - m_queue.filledSinceMs() < credentialsWaitMs)
     {
         m_batchTimer.start(credentialsPollMs);
         return;
@@ -443,9 +456,13 @@ void EventlistService::onSecond()
         qWarning() << "The queue was full - events dropped:" << lost;
         logOwn(m_ownEvents.eventsDropped(names::moduleName(), lost));
     }
-    if (m_isFailing)
+    if (m_isFailing && !m_database.isOpen())
     {
-        if (m_queue.empty())
+        reopenDatabase();
+    }
+    else if (m_isFailing)
+    {
+        if (m_queue.isEmpty())
         {
             // Something to try it with.
             m_isFailing = !m_database.setMetaValue(cleanKey(), 0);
@@ -467,8 +484,9 @@ bool EventlistService::writeBatch(int count)
     }
     for (int i = 0; i < count; ++i)
     {
-        setIdentity(m_queue[size_t(i)]);
-        if (!writeOne(m_queue[size_t(i)]))
+        Work& work = m_queue.at(i);
+        m_senders.identify(work.event, work.sender);
+        if (!writeOne(work))
         {
             rollback();
             onFailure();
@@ -479,11 +497,7 @@ bool EventlistService::writeBatch(int count)
     {
         return false;
     }
-    for (int i = 0; i < count; ++i)
-    {
-        m_queuedSize -= m_queue.front().size;
-        m_queue.pop_front();
-    }
+    m_queue.removeFirst(count);
     onStoring();
     announce();
     return true;
@@ -675,6 +689,14 @@ void EventlistService::onFailure()
         replaceDatabase();
         return;
     }
+    beginWaiting();
+    m_events.load();
+    m_alarms.load();
+    m_hashes.load();
+}
+
+void EventlistService::beginWaiting()
+{
     if (!m_isFailing)
     {
         m_isFailing = true;
@@ -682,9 +704,6 @@ void EventlistService::onFailure()
         qWarning() << "The database takes nothing; events wait in memory";
         logOwn(m_ownEvents.databaseFault(true));
     }
-    m_events.load();
-    m_alarms.load();
-    m_hashes.load();
 }
 
 void EventlistService::onStoring()
@@ -700,11 +719,10 @@ void EventlistService::onStoring()
 
 void EventlistService::replaceDatabase()
 {
-    if (m_database.replaceDamaged() == Database::Opened::failed || !loadAll())
+    if (m_database.replaceDamaged() != Database::Opened::inPlaceOfDamaged || !loadAll())
     {
-        qCritical() << "No database can be opened in place of the damaged one";
-        m_isFailing = true;
-        m_spool.setPaused(true);
+        m_database.close();
+        beginWaiting();
         return;
     }
     m_database.setMetaValue(bootKey(), m_settings.bootId);
@@ -761,36 +779,14 @@ void EventlistService::announce()
     }
 }
 
-void EventlistService::setIdentity(Work& work) const
-{
-    if (!work.sender.isEmpty())
-    {
-        const SenderRegistry::Identity identity = m_senders.identity(work.sender);
-        work.event.senderUid = identity.uid;
-        work.event.senderPid = identity.pid;
-    }
-}
-
 void EventlistService::checkDatabaseBeside()
 {
     if (!m_database.needsCheck() || m_settings.checkProgram.isEmpty())
     {
         return;
     }
-    // Reading a large file as a whole takes seconds, and meanwhile events come: another process
-    // does it.
-    auto* checker = new QProcess(this);
-    QObject::connect(checker, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
-                     [this, checker](int exitCode, QProcess::ExitStatus status) {
-                         checker->deleteLater();
-                         if (status == QProcess::NormalExit && exitCode == exitCodeDamaged)
-                         {
-                             qWarning() << "The check beside the work has found damage";
-                             replaceDatabase();
-                         }
-                     });
-    checker->setProcessChannelMode(QProcess::ForwardedChannels);
-    checker->start(m_settings.checkProgram, {QStringLiteral("--check"), m_settings.databasePath});
+    auto* check = new DatabaseCheck(m_settings.checkProgram, m_settings.databasePath, this);
+    QObject::connect(check, &DatabaseCheck::damageFound, this, &EventlistService::replaceDatabase);
 }
 
 } // namespace eventlistd

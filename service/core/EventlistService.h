@@ -9,21 +9,17 @@
 #include "core/OwnEvents.h"
 #include "core/SenderRegistry.h"
 #include "core/SpoolReader.h"
+#include "core/WorkQueue.h"
 
 #include <QMap>
 #include <QObject>
 #include <QTimer>
 #include <QVariantMap>
 
-#include <deque>
-
 class TextManagerBase;
 
 namespace eventlistd
 {
-
-/// What the program ends with when "--check" has found damage.
-constexpr int exitCodeDamaged = 5;
 
 /// The central service without its bus: what comes in is queued and written in batches, what is
 /// asked is answered from the database, what has changed is told by signals.
@@ -66,8 +62,9 @@ public:
                      QObject* parent = nullptr);
     ~EventlistService() override;
 
-    /// Opens the database, logs the start, takes what lies in the spool folder.
-    /// Failure: false, with a warning.
+    /// Opens the database, logs the start, takes what lies in the spool folder. A database that
+    /// cannot be opened now, on a full disk say, is tried again each second; events wait meanwhile.
+    /// Failure: false, with a warning: another process has the database, or there is no folder.
     bool start();
 
     /// Writes what is queued, and notes that the end was an orderly one.
@@ -114,26 +111,6 @@ Q_SIGNALS:
     void iconAvailable(const QString& hash, const QString& icon);
 
 private:
-    struct Work
-    {
-        enum class Kind
-        {
-            event,
-            /// The first start after the device was switched on.
-            powerOn,
-            deletion,
-            acknowledgement,
-            detectorAcknowledgement
-        };
-        Kind kind = Kind::event;
-        Event event;
-        QStringList alarmIds;
-        QString user;
-        QString sender;
-        qint64 arrivalMs = 0; ///< of an acknowledgement
-        qint64 size = 0;
-    };
-
     /// What a transaction changes beside the file, and what is to be told after it.
     struct Changes
     {
@@ -145,7 +122,8 @@ private:
         QMap<QString, QString> announcements;
     };
 
-    bool openDatabase();
+    Database::Opened openDatabase();
+    void reopenDatabase();
     bool loadAll();
     void logStart();
     void enqueue(Work work);
@@ -168,10 +146,10 @@ private:
     void rollback();
     bool commit();
     void onFailure();
+    void beginWaiting();
     void onStoring();
     void replaceDatabase();
     void announce();
-    void setIdentity(Work& work) const;
     void checkDatabaseBeside();
 
     const Settings m_settings;
@@ -185,11 +163,9 @@ private:
     SpoolReader m_spool;
 
     // What waits to be written.
-    std::deque<Work> m_queue;
-    qint64 m_queuedSize = 0;
+    WorkQueue m_queue;
     QTimer m_batchTimer;
     qint64 m_lastBatchMs = 0;
-    qint64 m_oldestQueuedMs = 0;
 
     // What the open transaction has changed, and as it was when that began.
     Changes m_changes;
@@ -203,6 +179,7 @@ private:
     QTimer m_secondTimer;
     QTimer m_purgeTimer;
     bool m_isFailing = false;
+    bool m_isStartLogged = false;
     bool m_isSuppressed = false;
     qint64 m_lostEvents = 0;
     qint64 m_suppressedEvents = 0;

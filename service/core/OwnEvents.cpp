@@ -1,6 +1,7 @@
 #include "core/OwnEvents.h"
 
 #include "core/Descriptions.h"
+#include "core/ListAnswer.h"
 #include "core/Names.h"
 
 #include "Platform/LanguageDefinitions.h"
@@ -103,6 +104,20 @@ Event OwnEvents::centralDetector(bool isActive, const QString& user) const
     event.state = isActive ? active : inactive;
     event.user = user;
     return event;
+}
+
+QVariantMap OwnEvents::eventTypes(const QString& language) const
+{
+    ListAnswer answer({names::eventType(), names::description()});
+    const QString urls[] = {QStringLiteral("EventlistHandler/EventTypeAlarm"),
+                            QStringLiteral("EventlistHandler/EventTypeAuditTrail"),
+                            QStringLiteral("EventlistHandler/EventTypeFault"),
+                            QStringLiteral("EventlistHandler/EventTypeOtherEvent")};
+    for (int type = alarm; type <= otherEvents; ++type)
+    {
+        answer.add({QString::number(type), text(urls[type], language)});
+    }
+    return answer.toMap();
 }
 
 QString OwnEvents::text(const QString& url, const QString& language) const

@@ -43,6 +43,9 @@ public:
     /// The text of a url in one language; all languages as JSON text when that is empty.
     QString text(const QString& url, const QString& language) const;
 
+    /// The answer that lists the types of events with their names.
+    QVariantMap eventTypes(const QString& language) const;
+
 private:
     Event make(const QString& url, const QStringList& keywords, const QString& icon,
                const QMap<QString, QString>& arguments = {}) const;

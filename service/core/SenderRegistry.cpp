@@ -17,6 +17,7 @@ namespace
 {
 // A daemon gives out no name twice, so that names of the past would stay for ever.
 constexpr int sendersKept = 2048;
+constexpr int longestAnswerMs = 1000;
 } // namespace
 
 SenderRegistry::SenderRegistry(const Limits& limits, QObject* parent)
@@ -65,6 +66,16 @@ SenderRegistry::Identity SenderRegistry::identity(const QString& name) const
 {
     const auto found = m_senders.constFind(name);
     return found == m_senders.constEnd() ? Identity() : found->identity;
+}
+
+void SenderRegistry::identify(Event& event, const QString& sender) const
+{
+    if (!sender.isEmpty())
+    {
+        const Identity known = identity(sender);
+        event.senderUid = known.uid;
+        event.senderPid = known.pid;
+    }
 }
 
 QHash<QString, qint64> SenderRegistry::takeDropped()
@@ -122,15 +133,34 @@ void SenderRegistry::ask(const QString& name)
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetConnectionCredentials"));
     question << name;
-    auto* watcher = new QDBusPendingCallWatcher(m_connection.asyncCall(question), m_watchers);
+    auto* watcher =
+        new QDBusPendingCallWatcher(m_connection.asyncCall(question, longestAnswerMs), m_watchers);
     ++m_waiting;
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, this,
                      [this, name](QDBusPendingCallWatcher* done) { answered(done, name); });
+    watcher->setObjectName(name);
+}
+
+void SenderRegistry::waitForAnswers()
+{
+    const auto watchers = m_watchers->findChildren<QDBusPendingCallWatcher*>();
+    for (QDBusPendingCallWatcher* watcher : watchers)
+    {
+        // One that is answered already waits for its deletion only.
+        if (!watcher->objectName().isEmpty())
+        {
+            watcher->waitForFinished();
+            answered(watcher, watcher->objectName());
+        }
+    }
 }
 
 void SenderRegistry::answered(QDBusPendingCallWatcher* watcher, const QString& name)
 {
     const QDBusPendingReply<QVariantMap> reply = *watcher;
+    // Nothing more is to come of it, not even the signal that is posted.
+    watcher->disconnect(this);
+    watcher->setObjectName(QString());
     watcher->deleteLater();
     --m_waiting;
     const auto found = m_senders.find(name);

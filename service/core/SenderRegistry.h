@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/Event.h"
 #include "core/TokenBucket.h"
 
 #include <QDBusConnection>
@@ -58,9 +59,16 @@ public:
 
     /// What the daemon said; -1 as long as, or when, it did not.
     Identity identity(const QString& sender) const;
+    /// Stores that in an event. An event of nobody is the service's own and stays as it is.
+    void identify(Event& event, const QString& sender) const;
 
     /// True while an answer of the daemon is awaited.
     bool isWaiting() const { return m_waiting > 0; }
+
+    /// Waits until the daemon has told about every sender that there is: a sender that hurries its
+    /// event into the list by a query shall not stay unknown.
+    /// Blocks: while a daemon that stands still keeps silent, for each sender at most 1 s.
+    void waitForAnswers();
 
     /// Senders whose events were dropped, with the numbers, since this was asked the last time.
     QHash<QString, qint64> takeDropped();

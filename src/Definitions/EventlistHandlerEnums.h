@@ -9,6 +9,7 @@ class EVENTLISTHANDLER_EXPORT EventlistHandlerEnums : public QObject
 {
     Q_OBJECT
 public:
+    /// Holds nothing: its enumerations are used without an object.
     explicit EventlistHandlerEnums(QObject* parent = nullptr);
     ~EventlistHandlerEnums() override;
 

@@ -1,6 +1,7 @@
 #include "Description/EventlistHandlerConvenienceFunctions.h"
 
 #include "Definitions/EventlistHandlerDefinitions.h"
+#include "Description/detail/PlaceholderReplacement.h"
 
 #include "Platform/JsonFunctions.h"
 #include "Platform/LanguageDefinitions.h"
@@ -12,7 +13,6 @@
 #include <QJsonObject>
 #include <QMap>
 #include <QStringList>
-#include <QStringMatcher>
 
 namespace
 {
@@ -27,18 +27,9 @@ const QString argumentTypeText(QLatin1String("text"));
 constexpr qint64 maximumTextUnits = 16 * 1024 * 1024;
 
 // Each placeholder is looked for in all texts. Without a bound, a hundred thousand placeholders in
-// texts just below the limit above take minutes; 20,000 in texts of 50,000 units stay below this one.
-constexpr qint64 maximumSearchedUnits = qint64(1024) * 1024 * 1024;
-
-qint64 unitsOf(const QVariantMap& textList)
-{
-    qint64 units = 0;
-    for (const QVariant& text : textList)
-    {
-        units += text.toString().size();
-    }
-    return units;
-}
+// texts just below the limit above take minutes, and so do twenty thousand in as many empty ones;
+// 10,000 in texts of 25,000 units stay below this one.
+constexpr qint64 maximumSearchedUnits = 256 * 1024 * 1024;
 
 QJsonObject argumentObject(const QString& type, const QJsonValue& value)
 {
@@ -76,105 +67,29 @@ QString pathOf(const QString& placeholder, const QString& member)
     return placeholder + QLatin1Char('/') + member;
 }
 
-// The places of a placeholder in a text, one after the other, as QString::replace finds them: the
-// next one begins behind the one before. QString::count would count those that overlap too.
-class Places
+QStringList textsOf(const QVariantMap& textList)
 {
-public:
-    Places(const QString& text, const QString& placeholder)
-        : m_text(text), m_matcher(placeholder), m_step(qMax(1, placeholder.size()))
-    {
-    }
-
-    // -1 when there is none any more.
-    int next()
-    {
-        const int place = m_matcher.indexIn(m_text, m_from);
-        m_from = place + m_step;
-        return place;
-    }
-
-private:
-    const QString& m_text;
-    const QStringMatcher m_matcher;
-    const int m_step;
-    int m_from = 0;
-};
-
-qint64 sizeAfterReplacement(const QString& text, const QString& placeholder,
-                            const QString& argument)
-{
-    Places places(text, placeholder);
-    qint64 count = 0;
-    while (places.next() >= 0)
-    {
-        ++count;
-    }
-    return text.size() + count * (qint64(argument.size()) - placeholder.size());
-}
-
-// What QString::replace gives, an empty placeholder included, but in one pass: that one moves the
-// rest of the text again and again when it grows at many places.
-QString replaceAll(const QString& text, const QString& placeholder, const QString& argument)
-{
-    Places places(text, placeholder);
-    int place = places.next();
-    if (place < 0)
-    {
-        return text;
-    }
-    QString result;
-    result.reserve(int(sizeAfterReplacement(text, placeholder, argument)));
-    int copied = 0;
-    for (; place >= 0; place = places.next())
-    {
-        result.append(text.constData() + copied, place - copied);
-        result.append(argument);
-        copied = place + placeholder.size();
-    }
-    result.append(text.constData() + copied, text.size() - copied);
-    return result;
-}
-
-// True when the texts may be replaced. The exact count is made only where the limit is in reach.
-bool staysBelowLimit(const QVariantMap& textList, const QString& placeholder,
-                     const QStringList& arguments)
-{
-    qint64 before = 0;
-    qint64 mostAfter = 0;
-    auto argument = arguments.cbegin();
+    QStringList texts;
+    texts.reserve(textList.size());
     for (const QVariant& text : textList)
     {
-        const qint64 size = text.toString().size();
-        before += size;
-        mostAfter += size + (size / qMax(1, placeholder.size()) + 1) * argument->size();
-        ++argument;
+        texts.append(text.toString());
     }
-    if (mostAfter <= maximumTextUnits)
-    {
-        return true;
-    }
-    qint64 after = 0;
-    argument = arguments.cbegin();
-    for (const QVariant& text : textList)
-    {
-        after += sizeAfterReplacement(text.toString(), placeholder, *argument);
-        ++argument;
-    }
-    return after <= maximumTextUnits || after <= before;
+    return texts;
 }
 
 // The arguments are those of the languages of the list, in its order. False leaves the texts alone.
 bool replaceInAll(QVariantMap& textList, const QString& placeholder, const QStringList& arguments)
 {
-    if (!staysBelowLimit(textList, placeholder, arguments))
+    const PlaceholderReplacement replacement(placeholder);
+    if (!replacement.staysBelow(maximumTextUnits, textsOf(textList), arguments))
     {
         return false;
     }
     auto argument = arguments.cbegin();
     for (QVariant& text : textList)
     {
-        text = replaceAll(text.toString(), placeholder, *argument);
+        text = replacement.replaceIn(text.toString(), *argument);
         ++argument;
     }
     return true;
@@ -280,7 +195,7 @@ void EventlistHandlerConvenienceFunctions::replacePlaceholder(QVariantMap& textL
     qint64 searchedUnits = 0;
     for (const QString& placeholder : placeholders)
     {
-        searchedUnits += unitsOf(textList);
+        searchedUnits += PlaceholderReplacement::searchedUnits(textsOf(textList));
         if (searchedUnits > maximumSearchedUnits)
         {
             qWarning() << "Too many placeholders for texts of this size. Not replaced from"

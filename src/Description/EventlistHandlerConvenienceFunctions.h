@@ -82,9 +82,9 @@ public:
     /// Applies all members of an "Arguments" object to the texts, in the sorted order of the
     /// placeholders: "%1", "%10", "%2". A replacement is plain and case-sensitive, and acts on what
     /// earlier ones have made of a text.
-    /// Failure: when the sizes of the texts, summed up over all placeholders, pass 1,073,741,824
+    /// Failure: when the sizes of the texts, summed up over all placeholders, pass 268,435,456
     ///          UTF-16 units, the rest of the placeholders stays, with one warning that names the
-    ///          first.
+    ///          first. Each text counts 128 units more than it has.
     static void replacePlaceholder(QVariantMap& textList, const QJsonObject& arguments);
 
     /// Puts the same text into every language, wherever the placeholder stands.

@@ -1,6 +1,7 @@
 #include "EventHandlers/EventHandlerBaseClass.h"
 
 #include "Definitions/EventlistHandlerDefinitions.h"
+#include "Description/EventTextWriter.h"
 #include "Description/EventlistHandlerConvenienceFunctions.h"
 
 #include "Platform/ConfigurationAndProcessDataBase.h"
@@ -177,10 +178,7 @@ void EventHandlerBaseClass::logEvent(EventType type, State state, const QString&
         }
         resolvedUrlArguments.append({urlArgument.placeholder, value.toMap()});
     }
-    QJsonObject metaData;
-    EventlistHandlerConvenienceFunctions::generateMetaData(metaData, textObject, arguments,
-                                                           resolvedUrlArguments, description);
-    logEventIntern(type, state, description, user, metaData, alarmId);
+    logTexts(type, state, description, textObject, arguments, resolvedUrlArguments, user, alarmId);
 }
 
 void EventHandlerBaseClass::logEvent(EventType type, State state, const ArgumentList& arguments,
@@ -197,10 +195,14 @@ void EventHandlerBaseClass::logEvent(EventType type, State state, const QString&
                                      const QString& alarmId)
 {
     const QVariantMap textObject = getDescriptionTextList(description);
-    QJsonObject metaData;
-    EventlistHandlerConvenienceFunctions::generateMetaData(metaData, textObject, arguments,
-                                                           urlArguments, textManager, description);
-    logEventIntern(type, state, description, user, metaData, alarmId);
+    UrlArgumentList resolvedUrlArguments;
+    for (const auto& urlArgument : urlArguments)
+    {
+        resolvedUrlArguments.append(
+            {urlArgument.placeholder,
+             ReadAllTextsHelper::getAllTextsAsVariantMap(textManager, urlArgument.argument)});
+    }
+    logTexts(type, state, description, textObject, arguments, resolvedUrlArguments, user, alarmId);
 }
 
 void EventHandlerBaseClass::logEvent(EventType type, State state, const ArgumentList& arguments,
@@ -280,30 +282,63 @@ bool EventHandlerBaseClass::takeState(bool state)
     return true;
 }
 
+// Null for a state that is none.
+const QString* EventHandlerBaseClass::iconOf(State state) const
+{
+    switch (state)
+    {
+    case State::active:
+        return &m_iconActive;
+    case State::inactive:
+        return &m_iconInactive;
+    case State::neutral:
+        return &m_iconNeutral;
+    }
+    return nullptr;
+}
+
+// The inner road where it can be taken, which makes the same event, and else the exported steps.
+void EventHandlerBaseClass::logTexts(EventType type, State state, const QString& description,
+                                     const QVariantMap& textObject, const ArgumentList& arguments,
+                                     const UrlArgumentList& urlArguments, const QString& user,
+                                     const QString& alarmId)
+{
+    const EventTextWriter writer(textObject, arguments, urlArguments);
+    const QString* const icon = iconOf(state);
+    const bool isOrdinary = icon != nullptr && writer.isOrdinary();
+    if (isOrdinary && m_eventWriter.canSend())
+    {
+        m_eventWriter.sendEvent(
+            type, state, *icon, m_keywords, writer.description(), user,
+            writer.additionalData(description, m_sourceHashes, m_sourceHashType), alarmId);
+        return;
+    }
+    QJsonObject metaData;
+    EventlistHandlerConvenienceFunctions::generateMetaData(metaData, textObject, arguments,
+                                                           urlArguments, description);
+    if (isOrdinary && m_eventWriter.isOnFileRoad())
+    {
+        m_eventWriter.spoolEvent(type, state, *icon, m_keywords, writer.description(), user,
+                                 description, metaData, alarmId, m_sourceHashes, m_sourceHashType);
+        return;
+    }
+    logEventIntern(type, state, description, user, metaData, alarmId);
+}
+
 void EventHandlerBaseClass::logEventIntern(EventType type, State state, const QString& eventId,
                                            const QString& user, const QJsonObject& metaData,
                                            const QString& alarmId)
 {
-    QString icon;
-    switch (state)
+    const QString* const icon = iconOf(state);
+    if (icon == nullptr)
     {
-    case State::active:
-        icon = m_iconActive;
-        break;
-    case State::inactive:
-        icon = m_iconInactive;
-        break;
-    case State::neutral:
-        icon = m_iconNeutral;
-        break;
-    default:
         // Required: the event is written all the same, with an empty icon.
         qWarning() << "State" << int(state) << "not valid";
-        break;
     }
     QVariantMap descriptionTextList;
     EventlistHandlerConvenienceFunctions::generateDescriptionTextlist(descriptionTextList,
                                                                       metaData);
-    m_eventWriter.logEvent(type, state, icon, m_keywords, descriptionTextList, user, eventId,
-                           metaData, alarmId, m_sourceHashes, m_sourceHashType);
+    m_eventWriter.logEvent(type, state, icon != nullptr ? *icon : QString(), m_keywords,
+                           descriptionTextList, user, eventId, metaData, alarmId, m_sourceHashes,
+                           m_sourceHashType);
 }

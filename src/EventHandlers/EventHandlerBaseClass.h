@@ -3,6 +3,7 @@
 #include "Definitions/EventlistHandlerEnums.h"
 #include "Definitions/EventlistHandlerExport.h"
 #include "Definitions/EventlistHandlerStructs.h"
+#include "Description/EventlistHandlerConvenienceFunctions.h"
 #include "EventWrite/EventHandlerWrite.h"
 
 #include <QList>
@@ -172,6 +173,13 @@ public:
 private:
     void createSourceHashes();
     bool takeState(bool state);
+    const QString* iconOf(EventlistHandlerEnums::State state) const;
+    void logTexts(
+        EventlistHandlerEnums::EventType type, EventlistHandlerEnums::State state,
+        const QString& description, const QVariantMap& textObject,
+        const QList<EventlistHandlerStructs::stDescriptionArgument>& arguments,
+        const QList<EventlistHandlerConvenienceFunctions::stDescriptionUrlArgument>& urlArguments,
+        const QString& user, const QString& alarmId);
     void logEventIntern(EventlistHandlerEnums::EventType type, EventlistHandlerEnums::State state,
                         const QString& eventId, const QString& user, const QJsonObject& metaData,
                         const QString& alarmId);

@@ -1,5 +1,7 @@
 #include "EventProvider/EventsDBusProviderBaseClass.h"
 
+#include "Description/EventTextWriter.h"
+
 #include "Platform/ConfigurationAndProcessDataBase.h"
 #include "Platform/ConfigurationAndProcessDataTools.h"
 #include "Platform/LanguageDefinitions.h"
@@ -174,11 +176,8 @@ void EventsDBusProviderBaseClass::logEvent(const QStringList& eventAttributes,
         convertDescriptionArgumentData(literalArguments, arguments);
         convertDescriptionUrlArgumentData(translatedArguments, urlArguments);
     }
-    QJsonObject metaData;
-    EventlistHandlerConvenienceFunctions::generateMetaData(metaData, textObject, literalArguments,
-                                                           translatedArguments, url);
-    send(eventAttributes, timestamp, moduleName, metaData, keywords, user, url, alarmId,
-         sourceHashes, sourceHashType);
+    send(eventAttributes, timestamp, moduleName, textObject, literalArguments, translatedArguments,
+         keywords, user, url, alarmId, sourceHashes, sourceHashType);
 }
 
 void EventsDBusProviderBaseClass::logEvent(const QStringList& eventAttributes,
@@ -195,11 +194,8 @@ void EventsDBusProviderBaseClass::logEvent(const QStringList& eventAttributes,
         return;
     }
     const QVariantMap textObject = ReadAllTextsHelper::getAllTextsAsVariantMap(*textManager, url);
-    QJsonObject metaData;
-    EventlistHandlerConvenienceFunctions::generateMetaData(metaData, textObject, arguments,
-                                                           ArgumentList(), *textManager, url);
-    send(eventAttributes, timestamp, moduleName, metaData, keywords, user, url, alarmId,
-         sourceHashes, sourceHashType);
+    send(eventAttributes, timestamp, moduleName, textObject, arguments, UrlArgumentList(), keywords,
+         user, url, alarmId, sourceHashes, sourceHashType);
 }
 
 void EventsDBusProviderBaseClass::logEvent(EventlistHandlerEnums::EventType eventType,
@@ -429,17 +425,32 @@ QVariantMap EventsDBusProviderBaseClass::getTextFromLanguageFileOrConfiguration(
     return value.toMap();
 }
 
+// By the inner road where it can be taken, which makes the same event, and else by the exported
+// steps.
 void EventsDBusProviderBaseClass::send(const QStringList& eventAttributes, const QString& timestamp,
-                                       const QString& moduleName, const QJsonObject& metaData,
+                                       const QString& moduleName, const QVariantMap& textObject,
+                                       const ArgumentList& arguments,
+                                       const UrlArgumentList& urlArguments,
                                        const QStringList& keywords, const QString& user,
-                                       const QString& eventId, const QString& alarmId,
+                                       const QString& url, const QString& alarmId,
                                        const QString& sourceHashes,
                                        EventlistHandlerEnums::SourceHashType sourceHashType)
 {
+    const EventTextWriter writer(textObject, arguments, urlArguments);
+    if (writer.isOrdinary())
+    {
+        m_connector.sendEvent(eventAttributes, timestamp, moduleName, writer.description(),
+                              keywords, user,
+                              writer.additionalData(url, sourceHashes, sourceHashType), alarmId);
+        return;
+    }
+    QJsonObject metaData;
+    EventlistHandlerConvenienceFunctions::generateMetaData(metaData, textObject, arguments,
+                                                           urlArguments, url);
     QVariantMap textList;
     EventlistHandlerConvenienceFunctions::generateDescriptionTextlist(textList, metaData);
     const QString description = QString::fromUtf8(
         QJsonDocument(QJsonObject::fromVariantMap(textList)).toJson(QJsonDocument::Compact));
-    m_connector.logEvent(eventAttributes, timestamp, moduleName, description, keywords, user,
-                         eventId, metaData, alarmId, sourceHashes, sourceHashType);
+    m_connector.logEvent(eventAttributes, timestamp, moduleName, description, keywords, user, url,
+                         metaData, alarmId, sourceHashes, sourceHashType);
 }

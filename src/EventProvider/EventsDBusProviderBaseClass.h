@@ -188,10 +188,14 @@ public:
                                                        const QString& url) const;
 
 private:
-    void send(const QStringList& eventAttributes, const QString& timestamp,
-              const QString& moduleName, const QJsonObject& metaData, const QStringList& keywords,
-              const QString& user, const QString& eventId, const QString& alarmId,
-              const QString& sourceHashes, EventlistHandlerEnums::SourceHashType sourceHashType);
+    void
+    send(const QStringList& eventAttributes, const QString& timestamp, const QString& moduleName,
+         const QVariantMap& textObject,
+         const QList<EventlistHandlerStructs::stDescriptionArgument>& arguments,
+         const QList<EventlistHandlerConvenienceFunctions::stDescriptionUrlArgument>& urlArguments,
+         const QStringList& keywords, const QString& user, const QString& url,
+         const QString& alarmId, const QString& sourceHashes,
+         EventlistHandlerEnums::SourceHashType sourceHashType);
 
     const QString m_objectName;
     const QVector<TextManagerData>& m_textManagerDataList;

@@ -34,6 +34,7 @@ class EVENTLISTHANDLER_EXPORT EventHandlerRead : public QObject
 {
     Q_OBJECT
 public:
+    /// Connects to the service. Blocks: see DBusConnectorBase.
     explicit EventHandlerRead(QObject* parent);
     ~EventHandlerRead() override;
 

@@ -6,7 +6,6 @@
 
 #include <QDebug>
 #include <QJsonObject>
-#include <QVariant>
 
 EventHandlerWrite::EventHandlerWrite(const QString& moduleName, QObject* parent)
     : QObject(parent),
@@ -33,12 +32,11 @@ void EventHandlerWrite::logEvent(EventlistHandlerEnums::EventType eventType,
 {
     TranslateableTextHelper helper(QString(), nullptr);
     helper.setTranslateableTextObject(descriptionTextList);
-    const QVariant description = helper.getTranslateableTextObjectAsJsonString();
+    const QString description = helper.getTranslateableTextObjectAsJsonString();
     if (m_bEventToFile)
     {
-        m_eventToFile.logEvent(eventType, state, icon, m_moduleName, description, keywords, user,
-                               eventId, metaData, alarmId, sourceHashes, sourceHashType,
-                               m_eventToFileName);
+        spoolEvent(eventType, state, icon, keywords, description, user, eventId, metaData, alarmId,
+                   sourceHashes, sourceHashType);
         return;
     }
     if (m_connector.isNull())
@@ -48,4 +46,27 @@ void EventHandlerWrite::logEvent(EventlistHandlerEnums::EventType eventType,
     }
     m_connector->logEvent(eventType, state, icon, m_moduleName, description, keywords, user,
                           eventId, metaData, alarmId, sourceHashes, sourceHashType);
+}
+
+void EventHandlerWrite::spoolEvent(EventlistHandlerEnums::EventType eventType,
+                                   EventlistHandlerEnums::State state, const QString& icon,
+                                   const QStringList& keywords, const QString& description,
+                                   const QString& user, const QString& eventId,
+                                   const QJsonObject& metaData, const QString& alarmId,
+                                   const QString& sourceHashes,
+                                   EventlistHandlerEnums::SourceHashType sourceHashType)
+{
+    m_eventToFile.logEvent(eventType, state, icon, m_moduleName, description, keywords, user,
+                           eventId, metaData, alarmId, sourceHashes, sourceHashType,
+                           m_eventToFileName);
+}
+
+void EventHandlerWrite::sendEvent(EventlistHandlerEnums::EventType eventType,
+                                  EventlistHandlerEnums::State state, const QString& icon,
+                                  const QStringList& keywords, const QString& description,
+                                  const QString& user, const QString& additionalData,
+                                  const QString& alarmId)
+{
+    m_connector->sendEvent(eventType, state, icon, m_moduleName, description, keywords, user,
+                           additionalData, alarmId);
 }

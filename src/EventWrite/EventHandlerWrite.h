@@ -50,6 +50,24 @@ public:
                   EventlistHandlerEnums::SourceHashType sourceHashType);
 
 private:
+    // The inner road: a producer that has written the texts itself asks which road to take, and
+    // hands them over.
+    friend class EventHandlerBaseClass;
+    bool isOnFileRoad() const { return m_bEventToFile; }
+    bool canSend() const { return !m_bEventToFile && !m_connector.isNull(); }
+    Q_DECL_HIDDEN void sendEvent(EventlistHandlerEnums::EventType eventType,
+                                 EventlistHandlerEnums::State state, const QString& icon,
+                                 const QStringList& keywords, const QString& description,
+                                 const QString& user, const QString& additionalData,
+                                 const QString& alarmId);
+    Q_DECL_HIDDEN void spoolEvent(EventlistHandlerEnums::EventType eventType,
+                                  EventlistHandlerEnums::State state, const QString& icon,
+                                  const QStringList& keywords, const QString& description,
+                                  const QString& user, const QString& eventId,
+                                  const QJsonObject& metaData, const QString& alarmId,
+                                  const QString& sourceHashes,
+                                  EventlistHandlerEnums::SourceHashType sourceHashType);
+
     QString m_moduleName;
     QSharedPointer<EventlistHandlerDBusConnectorWrite> m_connector;
     EventlistHandlerEventToFile m_eventToFile;

@@ -1,10 +1,8 @@
 #include "EventWrite/EventlistHandlerDBusConnectorWrite.h"
 
 #include "Definitions/EventlistHandlerDefinitions.h"
+#include "EventWrite/detail/PresentTime.h"
 
-#include "Platform/IsoDateConverter.h"
-
-#include <QDateTime>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -14,6 +12,12 @@ namespace
 QString compactJson(const QJsonObject& object)
 {
     return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
+}
+
+QStringList attributesOf(EventlistHandlerEnums::EventType eventType,
+                         EventlistHandlerEnums::State state, const QString& icon)
+{
+    return {QString::number(int(eventType), 10), QString::number(int(state), 10), icon};
 }
 
 } // namespace
@@ -49,12 +53,8 @@ void EventlistHandlerDBusConnectorWrite::logEvent(
     const QJsonObject& metaData, const QString& alarmId, const QString& sourceHashes,
     EventlistHandlerEnums::SourceHashType sourceHashType)
 {
-    const QStringList eventAttributes{QString::number(int(eventType), 10),
-                                      QString::number(int(state), 10), icon};
-    const QString timestamp =
-        IsoDateConverter::convertDateTimeToIsoDateWithMsAndTimezone(QDateTime::currentDateTime());
-    logEvent(eventAttributes, timestamp, moduleName, description, keywords, user, eventId, metaData,
-             alarmId, sourceHashes, sourceHashType);
+    logEvent(attributesOf(eventType, state, icon), PresentTime::toText(), moduleName, description,
+             keywords, user, eventId, metaData, alarmId, sourceHashes, sourceHashType);
 }
 
 void EventlistHandlerDBusConnectorWrite::logEvent(
@@ -72,8 +72,29 @@ void EventlistHandlerDBusConnectorWrite::logEvent(
                           int(sourceHashType));
     additionalData.insert(EventlistHandlerDefinitions::getListColumnNameSourceHashes(),
                           sourceHashes);
+    sendEvent(eventAttributes, timestamp, moduleName, description, keywords, user,
+              compactJson(additionalData), alarmId);
+}
+
+void EventlistHandlerDBusConnectorWrite::sendEvent(EventlistHandlerEnums::EventType eventType,
+                                                   EventlistHandlerEnums::State state,
+                                                   const QString& icon, const QString& moduleName,
+                                                   const QVariant& description,
+                                                   const QStringList& keywords, const QString& user,
+                                                   const QString& additionalData,
+                                                   const QString& alarmId)
+{
+    sendEvent(attributesOf(eventType, state, icon), PresentTime::toText(), moduleName, description,
+              keywords, user, additionalData, alarmId);
+}
+
+void EventlistHandlerDBusConnectorWrite::sendEvent(
+    const QStringList& eventAttributes, const QString& timestamp, const QString& moduleName,
+    const QVariant& description, const QStringList& keywords, const QString& user,
+    const QString& additionalData, const QString& alarmId)
+{
     syncCallNoBlock(QStringLiteral("logEvent"), eventAttributes, timestamp, moduleName, description,
-                    keywords, user, compactJson(additionalData), alarmId);
+                    keywords, user, additionalData, alarmId);
 }
 
 void EventlistHandlerDBusConnectorWrite::deleteEventlist()

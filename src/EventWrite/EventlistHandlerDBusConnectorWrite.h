@@ -33,7 +33,9 @@ public:
     /// Makes a connector, finished and ready; the usual way.
     static QSharedPointer<EventlistHandlerDBusConnectorWrite> createAndConnect(bool pollingMode);
 
-    /// Sends an event with the present time.
+    /// Sends an event with the present time. The offset of the time zone is asked for once a minute:
+    /// when the device gets another zone, the old offset may stand for the rest of the minute. The
+    /// instant is right at any time, and so is daylight saving.
     /// \param icon            icon name, may be empty
     /// \param moduleName      module that reports the event
     /// \param description     a string: the finished texts as JSON text, language key to text.
@@ -70,4 +72,18 @@ public:
     /// Tells the service to take no more events, or to take them again.
     /// Wire: method "suppressEventProcessing", b.
     void suppressEventProcessing(bool suppress);
+
+private:
+    // The inner road: the additional data are written already.
+    friend class EventHandlerWrite;
+    friend class EventsDBusProviderBaseClass;
+    Q_DECL_HIDDEN void sendEvent(EventlistHandlerEnums::EventType eventType,
+                                 EventlistHandlerEnums::State state, const QString& icon,
+                                 const QString& moduleName, const QVariant& description,
+                                 const QStringList& keywords, const QString& user,
+                                 const QString& additionalData, const QString& alarmId);
+    Q_DECL_HIDDEN void sendEvent(const QStringList& eventAttributes, const QString& timestamp,
+                                 const QString& moduleName, const QVariant& description,
+                                 const QStringList& keywords, const QString& user,
+                                 const QString& additionalData, const QString& alarmId);
 };

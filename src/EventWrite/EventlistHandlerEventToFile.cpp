@@ -1,11 +1,10 @@
 #include "EventWrite/EventlistHandlerEventToFile.h"
 
 #include "Definitions/EventlistHandlerDefinitions.h"
+#include "EventWrite/detail/PresentTime.h"
 
-#include "Platform/IsoDateConverter.h"
 #include "Platform/JsonFunctions.h"
 
-#include <QDateTime>
 #include <QDebug>
 #include <QDir>
 #include <QJsonArray>
@@ -56,9 +55,7 @@ void EventlistHandlerEventToFile::generateEventEntryData(
     const QString& sourceHashes, EventlistHandlerEnums::SourceHashType sourceHashType) const
 {
     using Definitions = EventlistHandlerDefinitions;
-    json.insert(
-        Definitions::getListColumnNameDateTimeMsUtc(),
-        IsoDateConverter::convertDateTimeToIsoDateWithMsAndTimezone(QDateTime::currentDateTime()));
+    json.insert(Definitions::getListColumnNameDateTimeMsUtc(), PresentTime::toText());
     json.insert(Definitions::getListColumnNameEventType(), int(eventType));
     json.insert(Definitions::getListColumnNameEventState(), int(state));
     json.insert(Definitions::getListColumnNameIconType(), icon);

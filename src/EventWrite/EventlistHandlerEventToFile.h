@@ -29,7 +29,8 @@ public:
     EventlistHandlerEventToFile();
     virtual ~EventlistHandlerEventToFile();
 
-    /// Writes one event. When this returns, the file is complete and durable, or the event is lost.
+    /// Writes one event, with the present time as EventlistHandlerDBusConnectorWrite::logEvent takes
+    /// it. When this returns, the file is complete and durable, or the event is lost.
     /// \param description  its string form: the finished texts as JSON text, language key to text
     /// \param fileName     name without folder and ending; empty for a numbered file. It is used as
     ///                     it is and must not come from outside the module.

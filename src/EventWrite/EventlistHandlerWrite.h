@@ -12,6 +12,7 @@ class EVENTLISTHANDLER_EXPORT EventlistHandlerWrite : public QObject
 {
     Q_OBJECT
 public:
+    /// Connects to the service. Blocks: see DBusConnectorBase.
     explicit EventlistHandlerWrite(QObject* parent);
     ~EventlistHandlerWrite() override;
 

@@ -7,7 +7,7 @@
 
 #include <QCoreApplication>
 
-CentralServiceTest::CentralServiceTest() : m_service(m_bus, ForeignService::centralServiceName()) {}
+CentralServiceTest::CentralServiceTest() : m_service(m_bus) {}
 
 CentralServiceTest::~CentralServiceTest() = default;
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "TestSupport/ForeignService.h"
 #include "TestSupport/PrivateBus.h"
+#include "TestSupport/RecordingCentralService.h"
 #include "TestSupport/WarningRecorder.h"
 
 #include <QObject>
@@ -61,7 +61,7 @@ protected:
     void expectRefusedQuery(const DBusConnectorBase& connector);
 
     PrivateBus m_bus;
-    ForeignService m_service;
+    RecordingCentralService m_service;
     WarningRecorder m_warnings;
 
 private Q_SLOTS:

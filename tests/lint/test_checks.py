@@ -148,6 +148,9 @@ class Words(PlantedTree):
     def test_finds_blind_waiting(self):
         self.expect_faulty_line("QTest::qWait(10);", "waits blindly")
 
+    def test_finds_it_behind_a_quote_character_too(self):
+        self.expect_faulty_line("if (unit == u'\"' || size > 1'000) { QTest::qWait(10); }", "waits blindly")
+
     def test_finds_sleep(self):
         self.expect_faulty_line("QThread::msleep(10);", "sleeps")
 
@@ -291,6 +294,75 @@ class Symbols(PlantedTree):
     def test_finds_a_library_that_may_be_unloaded(self):
         self.build(self.SHOWN, "-Wl,--as-needed")
         self.expect_fault("may be unloaded")
+
+
+class TestMap(PlantedTree):
+    """One test, one row, one situation, one warning."""
+
+    def setUp(self):
+        super().setUp()
+        self.write("src/EventWrite/Writer.cpp", '#include "EventWrite/Writer.h"\n\nvoid write(const QString& path)\n{\n'
+                   '    qWarning() << "Can\'t write" << path\n        << "at "\n           "all";\n}\n')
+        self.write("tests/unit/EventWrite/CMakeLists.txt", "eventlisthandler_add_test(tst_Writer KIND unit)\n")
+        self.write("tests/unit/EventWrite/tst_Writer.cpp",
+                   "class tst_Writer\n{\nprivate Q_SLOTS:\n    void init();\n    void warns_data();\n    void warns();\n"
+                   'private:\n    void help();\n};\n    QTest::newRow("a full disk") << 1;\n')
+        self.write("docs/test-map.md", "## Writer\n\nTests: `unit/EventWrite/tst_Writer`\n\n| What must hold | Test |\n"
+                   "|---|---|\n| It warns | `warns`, `warns:a full disk` |\n")
+        self.write("docs/failure-handbook.md", "### It cannot write\n\n- Lost: the event\n"
+                   "- Warned: `Can't write <path> at all`\n- To do: nothing\n"
+                   "- Shown by: `unit/EventWrite/tst_Writer::warns`\n")
+
+    def replace(self, path, old, new):
+        text = (self.root / path).read_text(encoding="utf-8")
+        self.assertIn(old, text)
+        self.write(path, text.replace(old, new))
+
+    def expect_fault(self, text):
+        self.expect_found(text, "check_test_map.py", "--root", self.root)
+
+    def test_accepts_a_clean_tree(self):
+        self.expect_clean("check_test_map.py", "--root", self.root)
+
+    def test_finds_a_function_that_is_not_there(self):
+        self.replace("docs/test-map.md", "`warns`", "`shouts`")
+        self.expect_fault("there is no test function 'shouts'")
+
+    def test_finds_a_function_that_is_no_test(self):
+        self.replace("docs/test-map.md", "`warns`", "`help`")
+        self.expect_fault("there is no test function 'help'")
+
+    def test_finds_a_data_row_that_is_not_there(self):
+        self.replace("docs/test-map.md", "a full disk", "an empty disk")
+        self.expect_fault("'warns' has no data row 'an empty disk'")
+
+    def test_finds_a_row_without_a_test(self):
+        self.append("docs/test-map.md", "| It never sleeps | |\n")
+        self.expect_fault("a row names what must hold, and its tests")
+
+    def test_finds_a_file_that_is_not_there(self):
+        self.replace("docs/test-map.md", "tst_Writer", "tst_Reader")
+        self.expect_fault("'unit/EventWrite/tst_Reader' there is no such test")
+
+    def test_finds_a_test_that_is_not_registered(self):
+        self.write("tests/unit/EventWrite/CMakeLists.txt", "eventlisthandler_add_test(tst_Other KIND unit)\n")
+        self.expect_fault("'unit/EventWrite/tst_Writer' is not registered in CMake")
+
+    def test_finds_a_warning_that_nobody_gives(self):
+        self.replace("docs/failure-handbook.md", "at all`", "any more`")
+        self.expect_fault("no source says 'any more'")
+
+    def test_finds_a_warning_of_the_library_that_is_missing(self):
+        self.append("src/EventWrite/Writer.cpp", 'void read()\n{\n    qWarning() << "Can\'t read";\n}\n')
+        self.expect_fault("the handbook does not quote 'Can't read'")
+
+    def test_finds_a_situation_without_all_answers(self):
+        self.replace("docs/failure-handbook.md", "- To do: nothing\n", "")
+        self.expect_fault("'It cannot write' does not answer")
+
+    def test_finds_a_situation_whose_test_is_not_there(self):
+        self.replace("docs/failure-handbook.md", "::warns", "::shouts")
+        self.expect_fault("there is no test function 'unit/EventWrite/tst_Writer::shouts'")
 
 
 if __name__ == "__main__":

@@ -3,6 +3,7 @@
 #include "eventlist/JsonText.h"
 #include "eventlist/ListReply.h"
 #include "eventlist/Output.h"
+#include "eventlist/SenderColumns.h"
 #include "eventlist/Table.h"
 #include "eventlist/Words.h"
 
@@ -62,15 +63,23 @@ QJsonValue nested(const QString& text)
 
 QJsonValue jsonValue(const QString& column, const QString& text)
 {
-    static const QStringList numbers = {
-        Names::getListColumnNameEventlistId(),     Names::getListColumnNameEventType(),
-        Names::getListColumnNameEventState(),      Names::getListColumnNameTimestampUtc(),
-        Names::getListColumnNameTimestampOffset(), Names::getListColumnNameSourceHashType()};
+    static const QStringList numbers = {Names::getListColumnNameEventlistId(),
+                                        Names::getListColumnNameEventType(),
+                                        Names::getListColumnNameEventState(),
+                                        Names::getListColumnNameTimestampUtc(),
+                                        Names::getListColumnNameTimestampOffset(),
+                                        Names::getListColumnNameSourceHashType(),
+                                        SenderColumns::user(),
+                                        SenderColumns::process()};
     bool isNumber = false;
     const qint64 number = numbers.contains(column) ? text.toLongLong(&isNumber) : 0;
     if (isNumber)
     {
         return number;
+    }
+    if (text.isEmpty() && numbers.contains(column))
+    {
+        return QJsonValue();
     }
     if (column == Names::getListColumnNameAlarmActive() ||
         column == Names::getListColumnNameAlarmAcknowledgment())
@@ -124,6 +133,7 @@ void EventPrinter::print(const ListReply& list)
 void EventPrinter::printTable(const ListReply& list, bool isStream)
 {
     const bool withUser = isStream || hasUsers(list);
+    const bool withSender = list.hasColumn(SenderColumns::user());
     QVector<Table::Column> columns = {{QStringLiteral("ID"), isStream ? idCells : 0, 0, true},
                                       {QStringLiteral("TIME"), timeCells, 0, false},
                                       {QStringLiteral("TYPE"), 5, 0, false},
@@ -134,6 +144,10 @@ void EventPrinter::printTable(const ListReply& list, bool isStream)
     {
         columns.append(
             {QStringLiteral("USER"), isStream ? 8 : 0, isStream ? 8 : widestName, false});
+    }
+    if (withSender)
+    {
+        columns.append({QStringLiteral("SENDER"), 0, widestName, false});
     }
     columns.append({QStringLiteral("DESCRIPTION"), 0, 0, false});
     Table table(columns);
@@ -148,6 +162,10 @@ void EventPrinter::printTable(const ListReply& list, bool isStream)
         if (withUser)
         {
             cells.append(list.value(row, Names::getListColumnNameUser()));
+        }
+        if (withSender)
+        {
+            cells.append(SenderColumns::text(list, row));
         }
         cells.append(list.value(row, Names::getListColumnNameDescription()));
         table.add(cells, styleOf(type, state));

@@ -1,6 +1,7 @@
 #include "eventlist/EventQuery.h"
 
 #include "eventlist/Language.h"
+#include "eventlist/SenderColumns.h"
 #include "eventlist/TimeText.h"
 #include "eventlist/Words.h"
 
@@ -112,6 +113,12 @@ bool EventQuery::readTimes(const Arguments& arguments)
     return true;
 }
 
+void EventQuery::askForSender()
+{
+    // The asterisk stands for the columns that come without asking.
+    m_columns = QStringList{QStringLiteral("*"), SenderColumns::user(), SenderColumns::process()};
+}
+
 DBusPendingReply::SharedPointer EventQuery::newest(EventlistHandlerDBusConnectorRead& connector,
                                                    int rowLimit) const
 {
@@ -120,7 +127,7 @@ DBusPendingReply::SharedPointer EventQuery::newest(EventlistHandlerDBusConnector
         return byId(connector, m_fromId, m_toId, rowLimit, false);
     }
     return connector.getPartOfEventlist(m_language, m_types, m_eventIds, m_modules, m_keywords,
-                                        m_since, m_until, QStringList(), rowLimit);
+                                        m_since, m_until, m_columns, rowLimit);
 }
 
 DBusPendingReply::SharedPointer EventQuery::from(EventlistHandlerDBusConnectorRead& connector,
@@ -134,6 +141,5 @@ DBusPendingReply::SharedPointer EventQuery::byId(EventlistHandlerDBusConnectorRe
                                                  bool isOldestFirst) const
 {
     return connector.getPartOfEventlistById(m_language, m_types, m_eventIds, m_modules, m_keywords,
-                                            firstId, lastId, QStringList(), rowLimit,
-                                            isOldestFirst);
+                                            firstId, lastId, m_columns, rowLimit, isOldestFirst);
 }

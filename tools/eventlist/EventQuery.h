@@ -44,6 +44,9 @@ public:
     /// Asks for what lies before this id from now on.
     void setLastId(qint64 id) { m_toId = id; }
 
+    /// Asks for the user and the process of the sender too.
+    void askForSender();
+
 private:
     bool readTypes(const QStringList& words);
     bool readTimes(const Arguments& arguments);
@@ -56,6 +59,7 @@ private:
     QStringList m_eventIds;
     QStringList m_modules;
     QStringList m_keywords;
+    QStringList m_columns;
     QDateTime m_since;
     QDateTime m_until;
     qint64 m_fromId = 0;

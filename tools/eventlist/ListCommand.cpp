@@ -95,6 +95,10 @@ QVector<Option> ListCommand::options() const
                {{QStringLiteral("f"), QStringLiteral("follow")},
                 QString(),
                 QStringLiteral("then every new event as it comes, as 'eventlist follow' does")},
+               {{QStringLiteral("sender")},
+                QString(),
+                QStringLiteral("show who sent each event, as the bus and the file system know it:\n"
+                               "user[process], or the user to whom a spool file belonged")},
                {{QStringLiteral("j"), QStringLiteral("json")},
                 QString(),
                 QStringLiteral("JSON, for programs")},
@@ -105,6 +109,7 @@ QStringList ListCommand::examples() const
 {
     return {QStringLiteral("list --type alarm,fault --since today"),
             QStringLiteral("list --module PumpControl --keyword Error --count 20 --language de"),
+            QStringLiteral("list --type audit --sender"),
             QStringLiteral("list --from-id 1200 --count 0 --json > events.json"),
             QStringLiteral("list --json | jq -r '.[] | select(.User != \"\") | .User'")};
 }
@@ -114,7 +119,7 @@ int ListCommand::follow(const Arguments& arguments) const
 {
     for (const QString& option :
          {QStringLiteral("since"), QStringLiteral("until"), QStringLiteral("from-id"),
-          QStringLiteral("to-id"), QStringLiteral("reverse")})
+          QStringLiteral("to-id"), QStringLiteral("reverse"), QStringLiteral("sender")})
     {
         if (arguments.isSet(option))
         {
@@ -139,6 +144,10 @@ int ListCommand::run(const Arguments& arguments)
     if (!query.read(arguments))
     {
         return complain(query.errorText());
+    }
+    if (arguments.isSet(QStringLiteral("sender")))
+    {
+        query.askForSender();
     }
     QString error;
     if (!arguments.readNumber(QStringLiteral("count"), 0, defaultRows, count, error))

@@ -8,6 +8,7 @@
 class PLATFORM_EXPORT ConfigurationDataValue
 {
 public:
+    /// Keeps a copy of the value.
     explicit ConfigurationDataValue(const QVariant& value);
     virtual ~ConfigurationDataValue();
 

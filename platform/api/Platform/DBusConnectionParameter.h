@@ -19,6 +19,7 @@ public:
                                                            const QString& objectName,
                                                            const QString& interfaceName);
 
+    /// What the address was made of.
     const QString& getModuleName() const { return m_moduleName; }
     const QString& getObjectName() const { return m_objectName; }
     const QString& getInterfaceName() const { return m_interfaceName; }

@@ -19,8 +19,10 @@ class PLATFORM_EXPORT DBusPendingReply : public QObject
 {
     Q_OBJECT
 public:
+    /// How replies are handed out.
     using SharedPointer = QSharedPointer<DBusPendingReply>;
 
+    /// Of a call that was placed.
     explicit DBusPendingReply(const QDBusPendingCall& call);
     ~DBusPendingReply() override;
 
@@ -49,6 +51,7 @@ Q_SIGNALS:
     void finished();
 
 protected:
+    /// Announces an answer that was there before its signal was connected.
     void connectNotify(const QMetaMethod& signal) override;
 
 private:

@@ -22,6 +22,7 @@ public:
     /// Sets the value and takes an error away.
     void setValue(const QVariant& value);
 
+    /// Whether the call has failed: then it has a code, other than 0, and a text; else a value.
     bool isError() const { return m_errorCode != 0; }
     int getErrorCode() const { return m_errorCode; }
     const QString& getErrorText() const { return m_errorText; }

@@ -8,8 +8,7 @@
 class PLATFORM_EXPORT PropertyManagerConst
 {
 public:
-    /// First word of every bus name, such as "org.eventlist": a service is called "<prefix>.<module
-    /// name>".
+    /// First word of every bus name, such as "org.eventlist": a dot and the name of the module follow.
     /// Threads: any. The reference stays valid until the process ends.
     static const QString& getDBusPrefix();
 

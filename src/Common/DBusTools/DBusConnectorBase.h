@@ -51,6 +51,8 @@ public:
     /// Failure: with a name that D-Bus forbids the connector is never valid.
     DBusConnectorBase(const QString& moduleName, const QString& objectName,
                       const QString& interfaceName, QObject* parent, ConnectionMode mode);
+
+    /// The same with the three names in one.
     DBusConnectorBase(const DBusConnectionParameter& parameter, QObject* parent,
                       ConnectionMode mode);
     ~DBusConnectorBase() override;

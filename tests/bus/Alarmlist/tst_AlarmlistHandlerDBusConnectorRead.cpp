@@ -102,6 +102,8 @@ private Q_SLOTS:
     void warnsWhenAPollingHandlerIsMissing_data() { rowsOfSignals(); }
     void warnsWhenAPollingHandlerIsMissing();
     void neverEmitsInPollingMode();
+    void takesNothingBackInPollingMode_data() { rowsOfSignals(); }
+    void takesNothingBackInPollingMode();
     void pollsInAThreadWithoutEventLoop();
 
     void warnsOfTheOneSubscriptionThatFails_data() { rowsOfSignals(); }
@@ -350,6 +352,23 @@ void tst_AlarmlistHandlerDBusConnectorRead::warnsWhenAPollingHandlerIsMissing()
         QVERIFY(!poll(connector, other, state));
         QVERIFY(state);
     }
+}
+
+void tst_AlarmlistHandlerDBusConnectorRead::takesNothingBackInPollingMode()
+{
+    QFETCH(int, number);
+    Connector polling(true);
+    QSignalSpy spy(&polling, qtSignal(number).constData());
+    // Somebody else has done what the connector itself does in signal mode.
+    QVERIFY(DBusConnection::getQDBusConnection().connect(
+        polling.getServiceName(), polling.getDBusPath(), QString(), signalNames[number], &polling,
+        qtSignal(number).constData()));
+
+    QVERIFY(QMetaObject::invokeMethod(&polling, "disconnectServices"));
+
+    QVERIFY(send(number, true));
+    QVERIFY(takeWhatWasSent());
+    QCOMPARE(spy.size(), 1);
 }
 
 void tst_AlarmlistHandlerDBusConnectorRead::neverEmitsInPollingMode()

@@ -210,17 +210,19 @@ void tst_EventHandlerBaseClass::eventsGoOnAndOffWithoutAnAlarmId()
     event.changeState(true, Arguments());
     event.changeState(false, Arguments());
 
-    const QVector<RecordedMessage> received = m_service.received();
-    QCOMPARE(received.size(), 2);
-    QCOMPARE(
-        received[0].arguments[0].toArray(),
-        (QJsonArray{QStringLiteral("3"), QStringLiteral("1"), QStringLiteral("EventlistEventOn")}));
-    QCOMPARE(received[1].arguments[0].toArray(),
-             (QJsonArray{QStringLiteral("3"), QStringLiteral("2"),
-                         QStringLiteral("EventlistEventOff")}));
-    QCOMPARE(Event(received[0]).alarmId(), QString());
-    QCOMPARE(Event(received[1]).alarmId(), QString());
-    QCOMPARE(Event(received[1]).words(), QJsonArray{QStringLiteral("Firmware")});
+    VERIFY_EVENTS(m_service.events(), {EventMatcher()
+                                           .eventId(started)
+                                           .type(3)
+                                           .state(1)
+                                           .icon(QStringLiteral("EventlistEventOn"))
+                                           .alarmId(QString()),
+                                       EventMatcher()
+                                           .eventId(started)
+                                           .type(3)
+                                           .state(2)
+                                           .icon(QStringLiteral("EventlistEventOff"))
+                                           .alarmId(QString())
+                                           .keywords({QStringLiteral("Firmware")})});
 }
 
 void tst_EventHandlerBaseClass::oneShotEventsRepeatAndLeaveTheStateAlone()
@@ -234,18 +236,12 @@ void tst_EventHandlerBaseClass::oneShotEventsRepeatAndLeaveTheStateAlone()
     event.changeDescription(QStringLiteral("PumpControl/PumpName3"));
     event.logEvent(Arguments());
 
-    const QVector<RecordedMessage> received = m_service.received();
-    QCOMPARE(received.size(), 5);
-    for (int i = 1; i < 5; ++i)
-    {
-        QCOMPARE(received[i].arguments[0].toArray(),
-                 (QJsonArray{QStringLiteral("3"), QStringLiteral("0"),
-                             QStringLiteral("EventlistEvent")}));
-        QVERIFY(Event(received[i])
-                    .additionalData()
-                    .startsWith(i < 3 ? json("{'EventId':'PumpControl/Started',")
-                                      : json("{'EventId':'PumpControl/PumpName3',")));
-    }
+    const EventMatcher once =
+        EventMatcher::otherEvent(started).icon(QStringLiteral("EventlistEvent"));
+    const EventMatcher other = EventMatcher::otherEvent(QStringLiteral("PumpControl/PumpName3"))
+                                   .icon(QStringLiteral("EventlistEvent"));
+    VERIFY_EVENTS(m_service.events(),
+                  {EventMatcher().eventId(started).type(3).state(1), once, once, other, other});
 }
 
 void tst_EventHandlerBaseClass::auditTrailEntriesCarryTheirUserFirst()
@@ -256,21 +252,14 @@ void tst_EventHandlerBaseClass::auditTrailEntriesCarryTheirUserFirst()
     auditTrail.logAuditTrail(QStringLiteral("anna"), QStringLiteral("PumpControl/PumpName3"),
                              Arguments());
 
-    const QVector<RecordedMessage> received = m_service.received();
-    QCOMPARE(received.size(), 3);
-    for (const RecordedMessage& message : received)
-    {
-        QCOMPARE(message.arguments[0].toArray(),
-                 (QJsonArray{QStringLiteral("1"), QStringLiteral("0"),
-                             QStringLiteral("EventlistAuditTrail")}));
-        QCOMPARE(Event(message).alarmId(), QString());
-    }
-    QCOMPARE(Event(received[0]).user(), QString());
-    QCOMPARE(Event(received[1]).user(), QStringLiteral("anna"));
-    QCOMPARE(Event(received[2]).user(), QStringLiteral("anna"));
-    QVERIFY(Event(received[2])
-                .additionalData()
-                .startsWith(json("{'EventId':'PumpControl/PumpName3',")));
+    const auto entry = [](const QString& url) {
+        return EventMatcher::auditTrail(url)
+            .icon(QStringLiteral("EventlistAuditTrail"))
+            .alarmId(QString());
+    };
+    const QString anna = QStringLiteral("anna");
+    VERIFY_EVENTS(m_service.events(), {entry(started).user(QString()), entry(started).user(anna),
+                                       entry(QStringLiteral("PumpControl/PumpName3")).user(anna)});
 }
 
 void tst_EventHandlerBaseClass::describesFromAConfigurationLeaf()
@@ -286,11 +275,11 @@ void tst_EventHandlerBaseClass::describesFromAConfigurationLeaf()
                    Arguments{{QStringLiteral("%1"), QStringLiteral("PumpControl/PumpName3")}},
                    Arguments());
 
-    const QVector<RecordedMessage> received = m_service.received();
-    QCOMPARE(received.size(), 1);
-    QCOMPARE(Event(received[0]).description(),
-             json("{'lang_de':'Druck Pumpe 3','lang_en':'Pressure pump 3'}"));
-    QVERIFY(Event(received[0]).additionalData().startsWith(json("{'EventId':'Pressure',")));
+    VERIFY_EVENTS(m_service.events(),
+                  {EventMatcher::otherEvent(QStringLiteral("Pressure"))
+                       .languages({QStringLiteral("lang_de"), QStringLiteral("lang_en")})
+                       .text(QStringLiteral("lang_de"), QStringLiteral("Druck Pumpe 3"))
+                       .text(QStringLiteral("lang_en"), QStringLiteral("Pressure pump 3"))});
 }
 
 void tst_EventHandlerBaseClass::sendsAKeyInPlaceOfAMissingText()

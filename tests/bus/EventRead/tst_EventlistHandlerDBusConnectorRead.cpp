@@ -3,6 +3,7 @@
 #include "TestSupport/PrivateMember.h"
 #include "bus/CentralServiceTest.h"
 
+#include "Platform/DBusConnection.h"
 #include "Platform/DBusConnectionSignalPollingHandler.h"
 
 #include <QCoreApplication>
@@ -73,6 +74,7 @@ private Q_SLOTS:
     void pollsWithoutInitObject();
     void keepsSignalsUntilTheFirstPoll();
     void neverEmitsInPollingMode();
+    void takesNothingBackInPollingMode();
     void warnsWhenThePollingHandlerIsMissing();
 
     void warnsWhenTheSubscriptionIsRefused();
@@ -361,6 +363,22 @@ void tst_EventlistHandlerDBusConnectorRead::neverEmitsInPollingMode()
     QCOMPARE(changedMarker.size(), 1);
     QCOMPARE(changed.size(), 0);
     QVERIFY(polling->changedFlagEventlist());
+}
+
+void tst_EventlistHandlerDBusConnectorRead::takesNothingBackInPollingMode()
+{
+    const auto polling = Connector::createAndConnect(true);
+    QSignalSpy changed(polling.data(), &Connector::changedEventlist);
+    // Somebody else has done what the connector itself does in signal mode.
+    QVERIFY(DBusConnection::getQDBusConnection().connect(
+        polling->getServiceName(), polling->getDBusPath(), QString(), changedEventlist,
+        polling.data(), SIGNAL(changedEventlist())));
+
+    QVERIFY(QMetaObject::invokeMethod(polling.data(), "disconnectServices"));
+
+    QVERIFY(sendChangedEventlist());
+    QVERIFY(takeWhatWasSent());
+    QCOMPARE(changed.size(), 1);
 }
 
 void tst_EventlistHandlerDBusConnectorRead::warnsWhenThePollingHandlerIsMissing()

@@ -61,15 +61,17 @@ class Storing(ServiceTest):
         self.assertEqual(seen["both"], "Hello")
 
     def test_the_user_and_the_process_of_the_sender_are_stored_beside_its_claims(self):
-        self.client.log_event(module="claims-anything")
-        self.assertEqual(len(self.client.descriptions("claims-anything")), 1)
-        # The first event waits for what the daemon says, unless a query hurries it; the second has it.
+        # Its first event, which a query hurries into the list.
         self.client.log_event(module="known")
         self.client.descriptions("known")
         row = self.database().execute(
             "SELECT uid, pid, road FROM content JOIN event USING(id) WHERE module = 'known'"
         ).fetchone()
         self.assertEqual(row, (os.getuid(), os.getpid(), 0))
+        answer = self.client.part(modules=["known"], columns=["SenderUid", "ModuleName", "SenderPid"])
+        self.assertEqual(answer.header, ["SenderUid", "ModuleName", "SenderPid"])
+        self.assertEqual(answer.rows[0], {"SenderUid": str(os.getuid()), "ModuleName": "known",
+                                          "SenderPid": str(os.getpid())})
 
     def test_an_unreadable_time_becomes_the_time_of_arrival(self):
         before = int(time.time() * 1000)

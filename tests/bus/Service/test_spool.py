@@ -29,6 +29,8 @@ class Taking(ServiceTest):
             "SELECT uid, pid, road FROM content JOIN event USING(id) WHERE module = 'pump'"
         ).fetchone()
         self.assertEqual(owner, (os.getuid(), None, 1))
+        known = self.client.part(modules=["pump"], columns=["SenderUid", "SenderPid"]).rows[0]
+        self.assertEqual(known, {"SenderUid": str(os.getuid()), "SenderPid": ""})
 
     def test_a_name_that_is_used_again_is_a_new_event(self):
         for number in range(20):

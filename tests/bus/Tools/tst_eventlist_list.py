@@ -3,6 +3,8 @@
 
 import json
 import os
+import pwd
+import re
 import subprocess
 import unittest
 from pathlib import Path
@@ -92,6 +94,17 @@ class EventlistList(unittest.TestCase):
         self.assertEqual(event["MetaData"], {})
         self.assertEqual(event["TimestampUtc"], 1773482400000)
         self.assertEqual(event["DateTimeMsUTC"], "2026-03-14T11:00:00.000+01:00")
+
+    def test_tells_who_sent_an_event_on_request_only(self):
+        event = self.device.events("--type", "audit")[0]
+        self.assertNotIn("SenderUid", event)
+        with_sender = self.device.events("--type", "audit", "--sender")[0]
+        self.assertEqual((with_sender.pop("SenderUid"), with_sender.pop("SenderPid")), (os.getuid(), os.getpid()))
+        self.assertEqual(with_sender, event)
+        lines = self.list("--type", "audit", "--sender", "-l", "en").splitlines()
+        self.assertRegex(lines[0], r"USER +SENDER +DESCRIPTION$")
+        sender = f"{pwd.getpwuid(os.getuid()).pw_name}[{os.getpid()}]"
+        self.assertRegex(lines[1], rf" anna +{re.escape(sender)} +limit changed$")
 
     def test_gives_an_empty_array_when_nothing_matches(self):
         self.assertEqual(json.loads(self.list("--module", "Nobody", "--json")), [])

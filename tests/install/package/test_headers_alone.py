@@ -14,7 +14,7 @@ FLAGS = ["-std=c++17", "-fsyntax-only", "-fPIC", "-Wall", "-Wextra", "-Wpedantic
 
 
 def qt_flags():
-    words = subprocess.run(["pkg-config", "--cflags", "Qt5Core", "Qt5DBus"], check=True, capture_output=True,
+    words = subprocess.run(["pkg-config", "--cflags", "Qt5Core", "Qt5DBus", "Qt5Test"], check=True, capture_output=True,
                            text=True).stdout.split()
     # Qt's own headers are not what is looked at.
     return ["-isystem" + word[2:] if word.startswith("-I") else word for word in words]
@@ -31,9 +31,11 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--compiler", required=True)
     parser.add_argument("--headers", type=Path, required=True, help="the installed include root")
+    parser.add_argument("--without", default="", help="a folder that is left out")
     arguments = parser.parse_args()
 
-    headers = sorted(str(path.relative_to(arguments.headers)) for path in arguments.headers.rglob("*.h"))
+    headers = sorted(str(path.relative_to(arguments.headers)) for path in arguments.headers.rglob("*.h")
+                     if path.parent.name != arguments.without)
     if not headers:
         sys.exit(f"no header below {arguments.headers}")
     flags = FLAGS + qt_flags()

@@ -34,7 +34,11 @@ def expected_files(libdir, source):
     headers = "include/EventlistHandler/"
     public = listed(source / "src/CMakeLists.txt", "public_headers")
     platform = listed(source / "platform/CMakeLists.txt", "api_headers")
+    test_support = listed(source / "tests/support/CMakeLists.txt", "public_headers")
     texts = [path.stem for path in (source / "platform/standin/texts").glob("*.ts")]
+    documents = ["README.md", "CHANGELOG.md",
+                 *(path.relative_to(source) for folder in ("docs", "examples") for path in (source / folder).rglob("*")
+                   if path.is_file() and not {"man", "Doxyfile", "__pycache__"}.intersection(path.parts))]
     interfaces = [path.name for path in (source / "service/interfaces").glob("*.xml")]
     return {
         "runtime": [rf"{libdir}/libEventlistHandler\.so\.1\.\d+\.\d+", rf"{libdir}/libEventlistHandler\.so\.1"],
@@ -43,17 +47,29 @@ def expected_files(libdir, source):
             rf"{package}Config\.cmake", rf"{package}ConfigVersion\.cmake",
             rf"{package}Targets\.cmake", rf"{package}Targets-\w+\.cmake", rf"{package}Texts\.cmake",
             r"share/dbus-1/interfaces/Interface\.Events\.xml",
+            rf"{libdir}/pkgconfig/eventlisthandler\.pc", r"share/man/man7/eventlisthandler\.7",
             *(re.escape(headers + header) for header in public)],
         "platform": [
             rf"{libdir}/libEventlistHandlerPlatform\.so\.1\.\d+\.\d+", rf"{libdir}/libEventlistHandlerPlatform\.so\.1",
             *(rf"share/EventlistHandler/texts/{re.escape(text)}\.qm" for text in texts)],
         "platform-development": [
             rf"{libdir}/libEventlistHandlerPlatform\.so",
+            rf"{libdir}/pkgconfig/eventlisthandler-platform\.pc",
             rf"{package}PlatformTargets\.cmake", rf"{package}PlatformTargets-\w+\.cmake",
             *(re.escape(f"{headers}Platform/{header}") for header in platform)],
         "service": [
-            r"bin/eventlistd", *(rf"share/dbus-1/interfaces/{re.escape(name)}" for name in interfaces)],
-        "tools": [r"bin/eventlist"],
+            r"bin/eventlistd", r"share/man/man8/eventlistd\.8", r"lib/systemd/system/eventlistd\.service",
+            r"lib/sysusers\.d/eventlistd\.conf", r"lib/tmpfiles\.d/eventlistd\.conf",
+            r"share/dbus-1/system\.d/org\.eventlist\.EventlistHandler\.conf",
+            r"share/dbus-1/system-services/org\.eventlist\.EventlistHandler\.service",
+            *(rf"share/dbus-1/interfaces/{re.escape(name)}" for name in interfaces)],
+        "tools": [
+            r"bin/eventlist", r"share/man/man1/eventlist\.1", r"share/bash-completion/completions/eventlist"],
+        "documentation": [re.escape(f"share/doc/EventlistHandler/{path}") for path in documents],
+        "testsupport": [
+            rf"{libdir}/libEventlistHandlerTestSupport\.a", r"share/EventlistHandler/dbusmock/eventlisthandler\.py",
+            rf"{package}TestSupportTargets\.cmake", rf"{package}TestSupportTargets-\w+\.cmake",
+            *(re.escape(headers + header) for header in test_support)],
     }
 
 

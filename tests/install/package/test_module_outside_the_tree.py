@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Builds a module in a folder outside the tree, with nothing but the installed package, and reads what it reports.
+"""Builds a module in a folder outside the tree, with nothing but the installed package, and reads what it reports:
+once with CMake, once with pkg-config.
 The same module, built for release, names the place of each warning about a bus that is missing.
 The same module does not link without a platform layer."""
 
@@ -7,6 +8,7 @@ import argparse
 import json
 import os
 import re
+import shlex
 import shutil
 import subprocess
 import sys
@@ -64,12 +66,25 @@ def expect_place_of_warnings(pump):
     expect("the module's own warning", lines[4], ["unknown", "unknown", "pump: the valve stays as it is"])
 
 
+def build_with_pkg_config(arguments, source, program):
+    environment = {**os.environ, "PKG_CONFIG_PATH": str(arguments.prefix / arguments.libdir / "pkgconfig")}
+    names = ("eventlisthandler", "eventlisthandler-platform")
+    flags = must("pkg-config", "--cflags", "--libs", *names, env=environment)
+    texts = must("pkg-config", "--variable=textdir", names[1], env=environment).strip()
+    must(*shlex.split(arguments.compiler), "-std=c++17", "-fPIC", source, "-o", program, f'-DPUMP_TEXT_FOLDER="{texts}"',
+         *shlex.split(flags))
+    expect("the version", must("pkg-config", "--modversion", *names, env=environment).split(), [arguments.version] * 2)
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--cmake", required=True)
     parser.add_argument("--prefix", type=Path, required=True)
     parser.add_argument("--consumer", type=Path, required=True)
     parser.add_argument("--data-root", required=True)
+    parser.add_argument("--libdir", required=True)
+    parser.add_argument("--compiler", required=True, help="with its flags")
+    parser.add_argument("--version", required=True)
     parser.add_argument("settings", nargs="*", help="settings of CMake")
     arguments = parser.parse_args()
 
@@ -85,14 +100,18 @@ def main():
         must(arguments.cmake, "-G", "Ninja", "-S", source, "-B", build,
              f"-DCMAKE_PREFIX_PATH={arguments.prefix}", *arguments.settings)
         must(arguments.cmake, "--build", build)
-        try:
-            output = must(build / "pump", name, timeout=60)
-            if not spooled.is_file():
-                sys.exit(f"no {spooled.name} in {spool}; the module said:\n{output}")
-            expect("what the module says", output, "")
-            check_event(spooled)
-        finally:
-            spooled.unlink(missing_ok=True)
+        by_pkg_config = Path(folder, "by_pkg_config")
+        build_with_pkg_config(arguments, source / "main.cpp", by_pkg_config)
+        for pump in (build / "pump", by_pkg_config):
+            try:
+                output = must(pump, name, timeout=60, env={
+                    **os.environ, "LD_LIBRARY_PATH": str(arguments.prefix / arguments.libdir)})
+                if not spooled.is_file():
+                    sys.exit(f"no {spooled.name} in {spool}; the module said:\n{output}")
+                expect("what the module says", output, "")
+                check_event(spooled)
+            finally:
+                spooled.unlink(missing_ok=True)
 
         release = Path(folder, "release")
         must(arguments.cmake, "-G", "Ninja", "-S", source, "-B", release,
@@ -105,7 +124,7 @@ def main():
             sys.exit("a module links without a platform layer")
         if not re.search(r"undefined reference to `[^']*(DBusConnectorBase|TextManager)", alone.stdout):
             sys.exit(f"linking without a platform layer fails for another reason:\n{alone.stdout}")
-    print("built, run, built for release, run without a bus, and refused without a platform layer")
+    print("built and run with CMake and with pkg-config, built for release, run without a bus, and refused without a platform layer")
 
 
 if __name__ == "__main__":

@@ -18,6 +18,7 @@ class ChildProcess : public QProcess
 {
     Q_OBJECT
 public:
+    /// Starts nothing yet.
     explicit ChildProcess(QObject* parent = nullptr);
     ~ChildProcess() override;
 
@@ -25,6 +26,7 @@ public:
     /// Failure: false, and errorString() says why.
     bool startAndWait(const QString& program, const QStringList& arguments);
 
+    /// True also while it is frozen.
     bool isRunning() const;
 
     /// The next line of the standard output, or of the standard error, without its line end.
@@ -46,6 +48,7 @@ public:
     void thaw();
 
 protected:
+    /// Binds the life of the child to that of this process.
     void setupChildProcess() override;
 
 private:

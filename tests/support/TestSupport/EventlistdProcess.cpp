@@ -3,6 +3,8 @@
 #include "TestSupport/SpoolFolder.h"
 
 #include <QDeadlineTimer>
+#include <QDir>
+#include <QFileInfo>
 #include <QStandardPaths>
 
 EventlistdProcess::EventlistdProcess()
@@ -18,11 +20,15 @@ QString EventlistdProcess::program()
     {
         return given;
     }
-#ifdef EVENTLISTHANDLER_EVENTLISTD
-    return QStringLiteral(EVENTLISTHANDLER_EVENTLISTD);
-#else
     return QStandardPaths::findExecutable(QStringLiteral("eventlistd"));
-#endif
+}
+
+QString EventlistdProcess::textFolder()
+{
+    const QString given = qEnvironmentVariable("EVENTLISTHANDLER_TEXTS");
+    return given.isEmpty() ? QFileInfo(program()).dir().filePath(
+                                 QStringLiteral("../share/EventlistHandler/texts"))
+                           : given;
 }
 
 QString EventlistdProcess::databasePath() const
@@ -36,7 +42,7 @@ bool EventlistdProcess::start(const QStringList& furtherArguments)
     const QStringList arguments =
         QStringList{QStringLiteral("--database"), databasePath(),
                     QStringLiteral("--spool"),    SpoolFolder::compiledInPath(),
-                    QStringLiteral("--texts"),    QStringLiteral(EVENTLISTHANDLER_TEXT_FOLDER)} +
+                    QStringLiteral("--texts"),    textFolder()} +
         furtherArguments;
     if (!m_process.startAndWait(program(), arguments))
     {

@@ -33,7 +33,9 @@ public:
     bool freeze();
     void thaw();
 
+    /// True also while it is frozen.
     bool isRunning() const;
+    /// 0 while it does not run.
     qint64 processId() const;
 
     /// What went wrong last, for QVERIFY2. Valid until the next call.
@@ -45,8 +47,11 @@ public:
     /// Where the service keeps its list.
     QString databasePath() const;
 
-    /// The program: $EVENTLISTHANDLER_EVENTLISTD, else the one of this build, else the one in $PATH.
+    /// The program: $EVENTLISTHANDLER_EVENTLISTD, else the one in $PATH.
     static QString program();
+
+    /// Its texts: $EVENTLISTHANDLER_TEXTS, else those that were installed with the program.
+    static QString textFolder();
 
 private:
     const QTemporaryDir m_folder;

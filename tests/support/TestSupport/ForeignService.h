@@ -18,11 +18,11 @@ struct RecordedMessage
 {
     /// "call" or "signal"; with a BusMonitor also "reply" and "error".
     QString kind;
-    QString sender;
-    QString destination;
-    QString path;
-    QString interface;
-    QString member;
+    QString sender;      ///< connection that has sent it, such as ":1.3"
+    QString destination; ///< bus name as the sender has written it; empty for most signals
+    QString path;        ///< object, such as "/EventlistWrite"
+    QString interface;   ///< such as "Interface.EventlistWrite"
+    QString member;      ///< method or signal, such as "logEvent"
     /// The raw signature of the body, such as "assssassss".
     QString signature;
     /// Strings, numbers and booleans as they are, arrays and structures as arrays, dictionaries as
@@ -33,7 +33,7 @@ struct RecordedMessage
     bool isReplyExpected = true;
     /// False when the sender has set NO_AUTO_START.
     bool isAutoStartAllowed = true;
-    quint32 serial = 0;
+    quint32 serial = 0; ///< number of the message among those of its sender
 
     /// The message on one line, for the output of a failed test.
     QByteArray toText() const;
@@ -57,6 +57,9 @@ struct RecordedMessage
 class ForeignService
 {
 public:
+    /// Starts nothing yet.
+    /// \param bus      must outlive the service
+    /// \param busName  the name that it owns, such as centralServiceName()
     ForeignService(const PrivateBus& bus, const QString& busName);
     ~ForeignService();
     Q_DISABLE_COPY(ForeignService)
@@ -89,8 +92,11 @@ public:
     bool own(const QString& busName);
     bool disown(const QString& busName);
 
+    /// True also while it is frozen.
     bool isRunning() const;
+    /// 0 while it does not run.
     qint64 processId() const;
+    /// The name given to the constructor.
     QString busName() const;
 
     /// Name of its connection, such as ":1.3". Another one after reconnect() and restart().
@@ -151,6 +157,7 @@ public:
                     int times = 1);
 
 protected:
+    /// \param isMonitor  records all traffic of the bus and owns no name
     ForeignService(const PrivateBus& bus, const QString& busName, bool isMonitor);
 
 private:
@@ -174,5 +181,6 @@ private:
 class BusMonitor : public ForeignService
 {
 public:
+    /// Starts nothing yet. The bus must outlive it.
     explicit BusMonitor(const PrivateBus& bus);
 };

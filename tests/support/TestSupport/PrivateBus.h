@@ -31,9 +31,10 @@ public:
         none
     };
 
+    /// What a bus can be made with.
     struct Options
     {
-        Limits limits = Limits::system;
+        Limits limits = Limits::system; ///< those of a system bus, unless a test is about more
         /// Elements for the daemon's configuration that say who may do what, such as
         /// "<policy context=\"default\">...</policy>" or "<include>/path/to.conf</include>". They come
         /// on top of what a system bus allows by itself, which is neither to own a name nor to call a
@@ -43,6 +44,7 @@ public:
         QString activationFolder;
     };
 
+    /// Sets the address; start() starts the daemon.
     PrivateBus();
     explicit PrivateBus(const Options& options);
     ~PrivateBus();
@@ -65,7 +67,9 @@ public:
     bool freeze();
     void thaw();
 
+    /// True also while it is frozen.
     bool isRunning() const;
+    /// 0 while it does not run.
     qint64 processId() const;
 
     /// What went wrong last, for QVERIFY2. Valid until the next call.

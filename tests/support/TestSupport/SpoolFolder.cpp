@@ -1,8 +1,11 @@
 #include "TestSupport/SpoolFolder.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QJsonDocument>
+
+#include <algorithm>
 
 namespace
 {
@@ -54,6 +57,26 @@ QByteArray SpoolFolder::readBytes(const QString& entry) const
 QJsonObject SpoolFolder::read(const QString& entry) const
 {
     return QJsonDocument::fromJson(readBytes(entry)).object();
+}
+
+QVector<RecordedEvent> SpoolFolder::events() const
+{
+    QVector<RecordedEvent> result;
+    for (const QString& entry : entries())
+    {
+        if (entry.endsWith(QLatin1String(".event.json")))
+        {
+            result.append(RecordedEvent::fromSpoolFile(read(entry)));
+        }
+    }
+    const auto timeOf = [](const RecordedEvent& event) {
+        return QDateTime::fromString(event.time, Qt::ISODateWithMs);
+    };
+    std::stable_sort(result.begin(), result.end(),
+                     [&](const RecordedEvent& left, const RecordedEvent& right) {
+                         return timeOf(left) < timeOf(right);
+                     });
+    return result;
 }
 
 void SpoolFolder::clear()

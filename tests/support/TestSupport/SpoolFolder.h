@@ -1,8 +1,11 @@
 #pragma once
 
+#include "TestSupport/RecordedEvent.h"
+
 #include <QJsonObject>
 #include <QString>
 #include <QStringList>
+#include <QVector>
 
 /// The spool folder for the time of a test: empty at the beginning, empty again at the end.
 ///
@@ -33,6 +36,10 @@ public:
     /// The JSON object of an entry.
     /// Failure: an empty object, also when the file holds anything but one JSON object.
     QJsonObject read(const QString& entry) const;
+
+    /// The events that wait in the folder, in the order of their times; equal times in that of the
+    /// files' names. A file that is no event is among them, with its problem.
+    QVector<RecordedEvent> events() const;
 
     /// The bytes of an entry. Null when it cannot be read.
     QByteArray readBytes(const QString& entry) const;

@@ -1,5 +1,7 @@
 #include "TestSupport/WarningRecorder.h"
 
+#include "TestSupport/Alignment.h"
+
 #include <QFileInfo>
 #include <QRegularExpression>
 
@@ -224,42 +226,13 @@ QByteArray WarningRecorder::describe(const LoggedMessage& message)
 QByteArray WarningRecorder::report() const
 {
     const QVector<LoggedMessage> recorded = messages();
-    const int expectedCount = m_expectations.size();
-    const int recordedCount = recorded.size();
-    // Longest common sequence, so that one missing warning does not put all later ones in the wrong.
-    std::vector<std::vector<int>> common(size_t(expectedCount) + 1,
-                                         std::vector<int>(size_t(recordedCount) + 1, 0));
-    for (int i = expectedCount - 1; i >= 0; --i)
-    {
-        for (int j = recordedCount - 1; j >= 0; --j)
-        {
-            common[size_t(i)][size_t(j)] =
-                matches(m_expectations[i], recorded[j])
-                    ? common[size_t(i) + 1][size_t(j) + 1] + 1
-                    : std::max(common[size_t(i) + 1][size_t(j)], common[size_t(i)][size_t(j) + 1]);
-        }
-    }
     QByteArray text = "Messages: = as expected, - missing, + not expected";
-    int i = 0;
-    int j = 0;
-    while (i < expectedCount || j < recordedCount)
-    {
-        if (i < expectedCount && j < recordedCount && matches(m_expectations[i], recorded[j]))
-        {
-            text += "\n  = " + describe(recorded[j]);
-            ++i;
-            ++j;
-        }
-        else if (j == recordedCount || (i < expectedCount && common[size_t(i) + 1][size_t(j)] >=
-                                                                 common[size_t(i)][size_t(j) + 1]))
-        {
-            text += "\n  - " + describe(m_expectations[i++]);
-        }
-        else
-        {
-            text += "\n  + " + describe(recorded[j++]);
-        }
-    }
+    align(
+        m_expectations.size(), recorded.size(),
+        [&](int i, int j) { return matches(m_expectations.at(i), recorded.at(j)); },
+        [&](int, int j) { text += "\n  = " + describe(recorded.at(j)); },
+        [&](int i) { text += "\n  - " + describe(m_expectations.at(i)); },
+        [&](int j) { text += "\n  + " + describe(recorded.at(j)); });
     return text;
 }
 

@@ -12,14 +12,14 @@
 /// One message of the Qt message log.
 struct LoggedMessage
 {
-    QtMsgType type = QtWarningMsg;
-    QString category;
-    QString text;
+    QtMsgType type = QtWarningMsg; ///< its level
+    QString category;              ///< "default" for the warnings of the library
+    QString text;                  ///< with quotes and blanks, as it is logged
     /// As the compiler was given it. Empty when the program was built without call sites, as Qt
     /// itself is.
     QString file;
-    QString function;
-    int line = 0;
+    QString function; ///< likewise, with its signature
+    int line = 0;     ///< likewise
 };
 
 /// Takes all messages of the Qt message log and compares them, word by word and in order, with those

@@ -8,6 +8,7 @@
 #include <QJsonObject>
 #include <QTest>
 
+#include <memory>
 #include <type_traits>
 
 using Functions = EventlistHandlerConvenienceFunctions;
@@ -97,6 +98,7 @@ private Q_SLOTS:
     void putsEachLanguagesOwnTextIntoIt();
     void ignoresLanguagesThatOnlyTheArgumentHas();
     void replacesNothingInAnEmptyList();
+    void endsWithWhatIsDerivedFromIt();
 
 private:
     WarningRecorder m_warnings;
@@ -591,6 +593,22 @@ void tst_EventlistHandlerConvenienceFunctions::replacesNothingInAnEmptyList()
     Functions::replacePlaceholderWithArgumentText(textList, QString(), {});
 
     QVERIFY(textList.isEmpty());
+}
+
+void tst_EventlistHandlerConvenienceFunctions::endsWithWhatIsDerivedFromIt()
+{
+    struct Derived : Functions
+    {
+        explicit Derived(bool& isEnded) : m_isEnded(isEnded) {}
+        ~Derived() override { m_isEnded = true; }
+        bool& m_isEnded;
+    };
+    bool isEnded = false;
+    std::unique_ptr<Functions> functions = std::make_unique<Derived>(isEnded);
+
+    functions.reset();
+
+    QVERIFY(isEnded);
 }
 
 QTEST_GUILESS_MAIN(tst_EventlistHandlerConvenienceFunctions)

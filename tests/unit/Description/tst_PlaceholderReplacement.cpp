@@ -500,8 +500,8 @@ void tst_PlaceholderReplacement::staysSmallWhenArgumentsMultiplyByTen()
 
 void tst_PlaceholderReplacement::stopsWhereManyPlaceholdersMeetLargeTexts()
 {
-    // 64 searches in texts of 16 Mi units are allowed.
-    const QString end = QStringLiteral(" %000063 %000064");
+    // 15 searches in texts of almost 16 Mi units are allowed, of which each counts 128 units more.
+    const QString end = QStringLiteral(" %000014 %000015");
     const QString fill(maximumTextUnits - end.size(), QLatin1Char('x'));
     QVariantMap textList{{enKey, QString(fill + end)}};
     QJsonObject arguments;
@@ -511,13 +511,13 @@ void tst_PlaceholderReplacement::stopsWhereManyPlaceholdersMeetLargeTexts()
         arguments.insert(QLatin1Char('%') + number, stringArgument(QStringLiteral("replace")));
     }
     m_warnings.expect(QStringLiteral("Too many placeholders for texts of this size. Not replaced "
-                                     "from \"%000064\" on"),
+                                     "from \"%000015\" on"),
                       QStringLiteral("EventlistHandlerConvenienceFunctions"),
                       QStringLiteral("EventlistHandlerConvenienceFunctions::replacePlaceholder"));
 
     Functions::replacePlaceholder(textList, arguments);
 
-    QCOMPARE(textList.value(enKey).toString(), fill + QStringLiteral(" replace %000064"));
+    QCOMPARE(textList.value(enKey).toString(), fill + QStringLiteral(" replace %000015"));
 }
 
 void tst_PlaceholderReplacement::replacesManyPlacesInOnePass()

@@ -228,15 +228,18 @@ void tst_AlarmHandler::takesItsDescriptionFromATree()
 {
     QFETCH(bool, isAlarm);
     const Handler handler = makeHandler(isAlarm, m_texts, text("Texts/Name"), pumpTree());
-    ExpectedEvent expected = doorOf(handler, State::active);
-    expected.eventId = text("Texts/Name");
-    expected.description = R"({"lang_de":"Pumpe","lang_en":"pump"})";
-    expected.metaData =
-        R"({"Arguments":{},"DescriptionScheme":{"lang_de":"Pumpe","lang_en":"pump"}})";
+    for (const State state : {State::active, State::inactive})
+    {
+        ExpectedEvent expected = doorOf(handler, state);
+        expected.eventId = text("Texts/Name");
+        expected.description = R"({"lang_de":"Pumpe","lang_en":"pump"})";
+        expected.metaData =
+            R"({"Arguments":{},"DescriptionScheme":{"lang_de":"Pumpe","lang_en":"pump"}})";
 
-    handler.changeState(true, noArguments());
+        handler.changeState(state == State::active, noArguments());
 
-    QCOMPARE(takeEvent(m_spool), expected.json());
+        QCOMPARE(takeEvent(m_spool), expected.json());
+    }
 }
 
 void tst_AlarmHandler::refusesAnotherDescription()

@@ -225,15 +225,23 @@ void tst_EventHandler::takesItsDescriptionFromATree()
     EventHandler handler(text("PumpControl"), m_texts, m_tree, text("Texts/Name"),
                          QStringList(text("Error")));
     handler.setEventToFile(QString());
-    ExpectedEvent expected = otherEvent(State::active, "EventlistEventOn");
-    expected.eventId = text("Texts/Name");
-    expected.description = R"({"lang_de":"Pumpe","lang_en":"pump"})";
-    expected.metaData =
-        R"({"Arguments":{},"DescriptionScheme":{"lang_de":"Pumpe","lang_en":"pump"}})";
+    const auto expected = [](State state, const char* icon) {
+        ExpectedEvent event = otherEvent(state, icon);
+        event.eventId = text("Texts/Name");
+        event.description = R"({"lang_de":"Pumpe","lang_en":"pump"})";
+        event.metaData =
+            R"({"Arguments":{},"DescriptionScheme":{"lang_de":"Pumpe","lang_en":"pump"}})";
+        return event.json();
+    };
 
     handler.changeState(true, noArguments());
+    QCOMPARE(takeEvent(m_spool), expected(State::active, "EventlistEventOn"));
 
-    QCOMPARE(takeEvent(m_spool), expected.json());
+    handler.changeState(false, noArguments());
+    QCOMPARE(takeEvent(m_spool), expected(State::inactive, "EventlistEventOff"));
+
+    handler.logEvent(noArguments());
+    QCOMPARE(takeEvent(m_spool), expected(State::neutral, "EventlistEvent"));
 }
 
 void tst_EventHandler::stillOffersTheOperationsOfItsBase()

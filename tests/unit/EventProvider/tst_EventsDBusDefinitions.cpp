@@ -8,6 +8,7 @@
 #include <QTest>
 
 #include <atomic>
+#include <memory>
 #include <thread>
 #include <type_traits>
 
@@ -59,6 +60,7 @@ private Q_SLOTS:
     void givesTheWord();
     void declaresTheAccessorsInTheOrderOfTheTable();
     void numbersTheTextSources();
+    void endsWithWhatIsDerivedFromIt();
 
 private:
     WarningRecorder m_warnings;
@@ -131,6 +133,22 @@ void tst_EventsDBusDefinitions::numbersTheTextSources()
 {
     QCOMPARE(int(Definitions::languageFile), 0);
     QCOMPARE(int(Definitions::configuration), 1);
+}
+
+void tst_EventsDBusDefinitions::endsWithWhatIsDerivedFromIt()
+{
+    struct Derived : Definitions
+    {
+        explicit Derived(bool& isEnded) : m_isEnded(isEnded) {}
+        ~Derived() override { m_isEnded = true; }
+        bool& m_isEnded;
+    };
+    bool isEnded = false;
+    std::unique_ptr<Definitions> definitions = std::make_unique<Derived>(isEnded);
+
+    definitions.reset();
+
+    QVERIFY(isEnded);
 }
 
 QTEST_GUILESS_MAIN(tst_EventsDBusDefinitions)

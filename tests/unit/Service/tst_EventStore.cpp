@@ -43,11 +43,13 @@ private Q_SLOTS:
     void keepsNoMoreRowsThanItMay();
     void keepsNoMoreBytesThanItMay();
     void findsKeywordsAsAWhole();
+    void keepsKeywordsThatHoldTheirOwnMark();
     void readsBothDirections();
     void readsNothingForAFilterThatMatchesNothing();
     void remembersASpoolFileOnce();
     void forgetsOldSpoolFiles();
     void leavesColumnsOutThatNobodyWants();
+    void tellsTheSenderOnRequestOnly();
     void keepsNulAndSpecialCharacters();
 
 private:
@@ -213,6 +215,27 @@ void tst_EventStore::findsKeywordsAsAWhole()
              QStringList({QString(), s("Firmware"), s("Error;Firm")}));
 }
 
+void tst_EventStore::keepsKeywordsThatHoldTheirOwnMark()
+{
+    const QString odd = s("Error\x1f") + s("Firmware");
+    const QString odder = s("\x1b\x1f") + s("m\x1b") + s("me\x1b");
+    Event first = makeEvent(0);
+    first.keywords = QStringList({s("Error"), s("Firmware")});
+    Event second = makeEvent(1);
+    second.keywords = QStringList({odd, odder});
+    QVERIFY(m_store->append(first) && m_store->append(second));
+
+    QCOMPARE(read(EventFilter(), s("KeywordName")),
+             QStringList({odd + s(";") + odder, s("Error;Firmware")}));
+    EventFilter filter;
+    filter.keywords = QStringList({odd});
+    QCOMPARE(read(filter), QStringList({s("1")}));
+    filter.keywords = QStringList({odder});
+    QCOMPARE(read(filter), QStringList({s("1")}));
+    filter.keywords = QStringList({s("Firmware")});
+    QCOMPARE(read(filter), QStringList({s("0")}));
+}
+
 void tst_EventStore::readsBothDirections()
 {
     fill(5);
@@ -274,6 +297,26 @@ void tst_EventStore::leavesColumnsOutThatNobodyWants()
     QCOMPARE(answer.header(), QStringList({s("State"), s("EventlistId")}));
     QCOMPARE(answer.rows(), Rows({{s("0"), s("1")}}));
     QCOMPARE(EventColumns().header().size(), 17);
+}
+
+void tst_EventStore::tellsTheSenderOnRequestOnly()
+{
+    QVERIFY(!EventColumns().contains(s("SenderUid")));
+    Event known = makeEvent(0);
+    known.senderUid = 0;
+    known.senderPid = 4294967295;
+    Event spooled = makeEvent(1);
+    spooled.senderUid = 1000;
+    Event unknown = makeEvent(2);
+    QVERIFY(m_store->append(known));
+    QVERIFY(m_store->append(spooled));
+    QVERIFY(m_store->append(unknown));
+
+    const EventColumns columns({s("SenderPid"), s("*"), s("SenderUid")});
+    QCOMPARE(columns.header(),
+             QStringList{s("SenderPid")} + EventColumns().header() + QStringList{s("SenderUid")});
+    QCOMPARE(read(EventFilter(), s("SenderUid")), QStringList({s(""), s("1000"), s("0")}));
+    QCOMPARE(read(EventFilter(), s("SenderPid")), QStringList({s(""), s(""), s("4294967295")}));
 }
 
 void tst_EventStore::keepsNulAndSpecialCharacters()
