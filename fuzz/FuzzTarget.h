@@ -22,7 +22,7 @@
 #ifdef FUZZ_REPLAY
 #define FUZZ_TARGET(name)                                                                          \
     int takeInput(const uint8_t* data, size_t size);                                               \
-    const bool isKnown = fuzz::addTarget(#name, takeInput);                                        \
+    [[maybe_unused]] const bool isKnown = fuzz::addTarget(#name, takeInput);                       \
     int takeInput(const uint8_t* data, size_t size)
 #else
 #define FUZZ_TARGET(name) extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)

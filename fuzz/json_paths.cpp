@@ -6,6 +6,8 @@
 
 #include <QJsonDocument>
 
+#include <cstring>
+
 namespace fuzz_json_paths
 {
 const QStringList words{QStringLiteral("a"), QStringLiteral("b"),    QStringLiteral("a/b"),
@@ -26,7 +28,7 @@ QJsonValue walk(const QString& path, const QJsonObject& object)
 FUZZ_TARGET(json_paths)
 {
     fuzz::Input input(data, size, words);
-    const bool isText = size > 1 && memchr(data, '\n', size) != nullptr && data[0] < 0x80;
+    const bool isText = size > 1 && std::memchr(data, '\n', size) != nullptr && data[0] < 0x80;
     const QByteArray all(reinterpret_cast<const char*>(data), int(size));
     const QString path = isText ? QString::fromUtf8(all.left(all.indexOf('\n')))
                                 : input.texts(4).join(QLatin1Char('/'));
