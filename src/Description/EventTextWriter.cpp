@@ -132,6 +132,10 @@ bool EventTextWriter::insertArgument(const QString& placeholder, const Argument&
 
 bool EventTextWriter::resolve()
 {
+    if (unitsOf(m_scheme) > maximumTextUnits)
+    {
+        return false;
+    }
     m_texts = m_scheme;
     qint64 searchedUnits = 0;
     for (auto argument = m_arguments.cbegin(); argument != m_arguments.cend(); ++argument)

@@ -114,7 +114,11 @@ void JsonText::endText()
 
 void JsonText::appendQuote()
 {
-    m_text.append(m_isInText ? QLatin1String("\\\"") : QLatin1String("\""));
+    if (m_isInText)
+    {
+        m_text.append(QLatin1Char('\\'));
+    }
+    m_text.append(QLatin1Char('"'));
 }
 
 void JsonText::appendString(QStringView text)

@@ -359,7 +359,8 @@ void tst_InnerRoad::leavesTextsPastItsBoundsToTheExportedSteps()
         many.append({QLatin1Char('%') + QString::number(i), text("y")});
     }
 
-    QVERIFY(isOrdinary(2 * units, {}));
+    QVERIFY(isOrdinary(units, {}));
+    QVERIFY(!isOrdinary(units + 1, {}));
     QVERIFY(isOrdinary(units, {{text("%1"), QString()}}));
     QVERIFY(isOrdinary(units / 2, {{text("x"), text("yy")}}));
     QVERIFY(!isOrdinary(units / 2 + 1, {{text("x"), text("yy")}}));
