@@ -66,5 +66,5 @@ echo "-- removing the packages"
 apt-get -qq -o Dpkg::Use-Pty=0 purge -y 'libeventlisthandler*' 'eventlist*' >/tmp/apt.log 2>&1 ||
     { tail -n 30 /tmp/apt.log; fail "the packages cannot be removed"; }
 left=$(find / -xdev -iname '*eventlist*' -not -path '/proc/*' -not -path '/consumer/*' -not -path '/packages/*' \
-    -not -path '/tmp/*' -not -path '/quarnel/*')
+    -not -path '/tmp/*' -not -path '*/qt5/*' -not -path '/quarnel/*')
 [ -z "$left" ] || fail "files are left: $left"
