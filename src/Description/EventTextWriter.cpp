@@ -132,7 +132,7 @@ bool EventTextWriter::insertArgument(const QString& placeholder, const Argument&
 
 bool EventTextWriter::resolve()
 {
-    if (unitsOf(m_scheme) > maximumTextUnits)
+    if (unitsOf(m_scheme) > ordinaryTextUnits)
     {
         return false;
     }
