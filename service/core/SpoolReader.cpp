@@ -31,6 +31,8 @@ constexpr qint64 plainFileSize = 64 * 1024;
 constexpr qint64 turnMs = 100;
 constexpr qint64 scanIntervalMs = 200;
 constexpr std::size_t candidatesKept = 50000;
+// So many bad files since the folder was empty are no accident.
+constexpr qint64 floodOfRejected = 16;
 
 qint64 modifiedNs(const struct stat& status)
 {
@@ -183,7 +185,8 @@ bool SpoolReader::work()
     if (!folders.areOpen())
     {
         warn(m_settings.folder, reasonOf(errno));
-        m_candidates.clear();
+        m_plain.clear();
+        m_others.clear();
         return false;
     }
     boundRejected(folders);
@@ -231,29 +234,27 @@ bool SpoolReader::workOnClaimed(const Folders& folders)
 bool SpoolReader::workOnNew(const Folders& folders)
 {
     const qint64 begin = monotonicMs();
-    if (m_isScanWanted && (m_candidates.empty() || begin - m_lastScanMs >= scanIntervalMs))
+    const auto isAnyLeft = [this] { return !m_plain.empty() || !m_others.empty(); };
+    if (m_isScanWanted && (!isAnyLeft() || begin - m_lastScanMs >= scanIntervalMs))
     {
         m_isScanWanted = false;
         scan(folders);
         m_lastScanMs = monotonicMs();
+        if (!isAnyLeft())
+        {
+            m_isFlooded = false;
+            m_rejectedWhenCalm = m_rejectedCount;
+        }
     }
     QVector<Claimed> claimed;
-    while (!m_candidates.empty() && claimed.size() < m_settings.filesPerBatch &&
-           monotonicMs() - begin < turnMs)
+    for (int turn = 0;
+         isAnyLeft() && claimed.size() < m_settings.filesPerBatch && monotonicMs() - begin < turnMs;
+         ++turn)
     {
-        const Candidate candidate = m_candidates.front();
-        m_candidates.pop_front();
-        if (!candidate.isPlain)
+        const Candidate candidate = nextCandidate(turn);
+        if (isRefusedUnread(folders, candidate))
         {
-            struct stat status;
-            if (::fstatat(folders.spool, candidate.name.constData(), &status,
-                          AT_SYMLINK_NOFOLLOW) == 0 &&
-                (!S_ISREG(status.st_mode) || status.st_size > maximumFileSize))
-            {
-                reject(folders, folders.spool, candidate.name,
-                       QStringLiteral("it is no plain file, or too large"));
-                continue;
-            }
+            continue;
         }
         const QByteArray name = claim(folders, candidate.name);
         Claimed taken;
@@ -262,7 +263,35 @@ bool SpoolReader::workOnNew(const Folders& folders)
             claimed.append(taken);
         }
     }
-    return storeAndRemove(folders, claimed) && (!m_candidates.empty() || m_isScanWanted);
+    m_isFlooded = m_isFlooded || m_rejectedCount - m_rejectedWhenCalm >= floodOfRejected;
+    return storeAndRemove(folders, claimed) && (isAnyLeft() || m_isScanWanted);
+}
+
+// The oldest small one, as a rule. Somebody who fills the folder with bad files can give them any
+// age and size, but a good one that comes later is the newest for a moment: each end has its turn.
+SpoolReader::Candidate SpoolReader::nextCandidate(int turn)
+{
+    constexpr int turns = 4;
+    const bool isTurnOfOthers = m_isFlooded && turn % turns == turns - 1 && !m_others.empty();
+    std::deque<Candidate>& candidates = m_plain.empty() || isTurnOfOthers ? m_others : m_plain;
+    const bool isNewest = m_isFlooded && turn % 2 == (isTurnOfOthers ? 1 : 0);
+    const Candidate next = isNewest ? candidates.back() : candidates.front();
+    isNewest ? candidates.pop_back() : candidates.pop_front();
+    return next;
+}
+
+// True when its kind or its size is enough to put it aside.
+bool SpoolReader::isRefusedUnread(const Folders& folders, const Candidate& candidate)
+{
+    struct stat status;
+    if (::fstatat(folders.spool, candidate.name.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0 ||
+        (S_ISREG(status.st_mode) && status.st_size <= maximumFileSize))
+    {
+        return false;
+    }
+    reject(folders, folders.spool, candidate.name,
+           QStringLiteral("it is no plain file, or too large"));
+    return true;
 }
 
 bool SpoolReader::storeAndRemove(const Folders& folders, QVector<Claimed>& claimed)
@@ -310,20 +339,24 @@ void SpoolReader::watch()
 
 void SpoolReader::scan(const Folders& folders)
 {
-    m_candidates.clear();
+    m_plain.clear();
+    m_others.clear();
     const Directory directory = openDirectory(folders.spool);
     while (const dirent* entry = directory ? ::readdir(directory.get()) : nullptr)
     {
-        if (m_candidates.size() >= candidatesKept)
+        if (m_plain.size() + m_others.size() >= candidatesKept)
         {
             m_isScanWanted = true;
             break;
         }
         scanEntry(folders, entry->d_name);
     }
-    std::sort(m_candidates.begin(), m_candidates.end(), [](const Candidate& a, const Candidate& b) {
-        return a.isPlain != b.isPlain ? a.isPlain : a.modifiedNs < b.modifiedNs;
-    });
+    for (std::deque<Candidate>* const candidates : {&m_plain, &m_others})
+    {
+        std::sort(
+            candidates->begin(), candidates->end(),
+            [](const Candidate& a, const Candidate& b) { return a.modifiedNs < b.modifiedNs; });
+    }
 }
 
 void SpoolReader::scanEntry(const Folders& folders, const char* name)
@@ -348,8 +381,8 @@ void SpoolReader::scanEntry(const Folders& folders, const char* name)
     }
     if (isSpoolName)
     {
-        m_candidates.push_back({entry, modifiedNs(status),
-                                S_ISREG(status.st_mode) && status.st_size <= plainFileSize});
+        const bool isPlain = S_ISREG(status.st_mode) && status.st_size <= plainFileSize;
+        (isPlain ? m_plain : m_others).push_back({entry, modifiedNs(status)});
         return;
     }
     const qint64 age = QDateTime::currentMSecsSinceEpoch() - modifiedNs(status) / 1000000;

@@ -26,7 +26,8 @@ class EventDecoder;
 /// already. A file that cannot be understood goes to "rejected/", of which the newest are kept.
 ///
 /// Anybody who may write into the folder is expected to try everything: links, pipes, files that
-/// claim to be endless. Small plain files come first, so that nothing of this delays a good one.
+/// claim to be endless. Small plain files come first, and among many bad ones the newest file takes
+/// turns with the oldest, so that nothing of this delays a good one.
 class SpoolReader : public QObject
 {
     Q_OBJECT
@@ -76,7 +77,6 @@ private:
     {
         QByteArray name;
         qint64 modifiedNs;
-        bool isPlain;
     };
     struct Claimed
     {
@@ -98,6 +98,8 @@ private:
     void watch();
     void scan(const Folders& folders);
     void scanEntry(const Folders& folders, const char* name);
+    Candidate nextCandidate(int turn);
+    bool isRefusedUnread(const Folders& folders, const Candidate& candidate);
     QByteArray claim(const Folders& folders, const QByteArray& name);
     bool take(const Folders& folders, const QByteArray& name, Claimed& claimed);
     void reject(const Folders& folders, int folder, const QByteArray& name, const QString& reason);
@@ -119,7 +121,11 @@ private:
     bool m_mayHaveClaimed = true;
     bool m_isScanWanted = true;
     qint64 m_lastScanMs = 0;
-    std::deque<Candidate> m_candidates;
+    // The oldest first: small plain files, and everything else.
+    std::deque<Candidate> m_plain;
+    std::deque<Candidate> m_others;
+    bool m_isFlooded = false;
+    qint64 m_rejectedWhenCalm = 0;
     std::deque<Rejected> m_rejected;
     qint64 m_rejectedBytes = 0;
     bool m_isRejectedKnown = false;

@@ -28,7 +28,9 @@ TEXTS = os.environ["EVENTLISTHANDLER_TEXT_FOLDER"]
 BUS_NAME = os.environ.get("EVENTLISTHANDLER_BUS_PREFIX", "org.eventlist") + ".EventlistHandler"
 # A build with sanitizers is several times slower.
 PATIENCE = int(os.environ.get("EVENTLISTHANDLER_TEST_PATIENCE", "1"))
-DEADLINE_S = 30 * PATIENCE
+# The campaign makes the same tests at full size.
+IS_CAMPAIGN = os.environ.get("EVENTLISTHANDLER_TEST_CAMPAIGN") == "1"
+DEADLINE_S = (600 if IS_CAMPAIGN else 30) * PATIENCE
 
 BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC
  "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"

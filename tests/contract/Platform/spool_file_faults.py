@@ -216,7 +216,8 @@ def case_kill(writer, scratch, kills):
             for names in (100000, 3):
                 struck, strays = kill_often(writer, folder, names, kills // 4, source)
                 print(f"{title}, {'new names' if names > 3 else 'three names again and again'}:",
-                      f"{kills // 4} kills, {struck} in the middle of a write, 0 torn, {strays} strays")
+                      f"{kills // 4} kills, {struck} in the middle of a write, 0 torn, {strays} strays",
+                      flush=True)
                 check(struck > 0, "no kill struck a write:", title, names)
                 check(strays == 0 or names == 3, "strays for new names:", title)
     finally:

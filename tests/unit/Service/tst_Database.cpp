@@ -2,6 +2,7 @@
 
 #include "TestSupport/WarningRecorder.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -21,6 +22,8 @@ private Q_SLOTS:
     void keepsWhatWasCommittedAndNothingElse();
     void refusesAFileThatAnotherOneHasOpen();
     void putsADamagedFileAside();
+    void countsOnWhenTheClockWasSetBack();
+    void countsOnAfterAnEndBetweenTwoFiles();
     void findsDamageInTheMiddle();
     void namesTheFailureOfAStatement();
     void countsUsedBytes();
@@ -99,6 +102,40 @@ void tst_Database::putsADamagedFileAside()
     QCOMPARE(aside.size(), 1);
     QCOMPARE(QFile(m_folder->filePath(aside.constFirst())).size(), qint64(10000));
     // Numbers go on where no earlier list can have been.
+    QVERIFY(database.metaValue(QStringLiteral("last_id")).toLongLong() > 1000000000000);
+}
+
+// A clock that was set back shows in a file that was put aside later than now.
+void tst_Database::countsOnWhenTheClockWasSetBack()
+{
+    const QDateTime later(QDate(2199, 1, 1), QTime(0, 0), Qt::UTC);
+    const QString earlierAside = QStringLiteral("list.sqlite.damaged-21990101T000000000");
+    for (const QString& name : {QStringLiteral("list.sqlite"), earlierAside})
+    {
+        QFile file(m_folder->filePath(name));
+        QVERIFY(file.open(QFile::WriteOnly));
+        QVERIFY(file.write(QByteArray(10000, 'x')) > 0);
+    }
+    m_warnings.expectMatch(QStringLiteral("Database: .*"));
+    m_warnings.expectMatch(QStringLiteral("The damaged database was put aside as .*"));
+    Database database(path());
+    QCOMPARE(database.open(), Database::Opened::inPlaceOfDamaged);
+    const QStringList aside =
+        QDir(m_folder->path())
+            .entryList({QStringLiteral("list.sqlite.damaged-*")}, QDir::Files, QDir::Name);
+    QCOMPARE(aside.size(), 2);
+    QCOMPARE(aside.constFirst(), earlierAside);
+    // There is room for what came after the earlier one.
+    QVERIFY(database.metaValue(QStringLiteral("last_id")).toLongLong() >
+            later.toMSecsSinceEpoch() + 1000000000);
+}
+
+void tst_Database::countsOnAfterAnEndBetweenTwoFiles()
+{
+    QFile file(m_folder->filePath(QStringLiteral("list.sqlite.damaged-20260101T000000000")));
+    QVERIFY(file.open(QFile::WriteOnly));
+    Database database(path());
+    QCOMPARE(database.open(), Database::Opened::inPlaceOfDamaged);
     QVERIFY(database.metaValue(QStringLiteral("last_id")).toLongLong() > 1000000000000);
 }
 
