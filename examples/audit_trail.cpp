@@ -25,7 +25,7 @@ int main(int argc, char** argv)
 
     // Events are sent in the background. Who ends at once waits until the bus has taken them.
     DBusConnection::getQDBusConnection().call(QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/"),
-        QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping")));
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId")));
     return 0;
 }

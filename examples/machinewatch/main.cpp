@@ -33,8 +33,8 @@ void say(const QString& text)
 void waitForBus()
 {
     DBusConnection::getQDBusConnection().call(QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/"),
-        QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping")));
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId")));
 }
 
 void obey(MachineWatch& watch, const QStringList& words)
