@@ -4,6 +4,8 @@
 
 #include <QStringList>
 
+using Names = EventlistHandlerDefinitions;
+
 using EventType = EventlistHandlerEnums::EventType;
 using State = EventlistHandlerEnums::State;
 
@@ -71,7 +73,6 @@ bool Words::readState(const QString& word, State& state)
 
 QString Words::icon(EventType type, State state)
 {
-    using Names = EventlistHandlerDefinitions;
     switch (type)
     {
     case EventType::alarm:

@@ -7,6 +7,7 @@ import configparser
 import json
 import os
 import pwd
+import shlex
 import shutil
 import subprocess
 import sys
@@ -259,7 +260,7 @@ class SystemPolicy(unittest.TestCase):
         self.assertEqual(unit["Service"]["BusName"], CENTRAL_SERVICE)
         self.assertEqual(service["Exec"], unit["Service"]["ExecStart"])
         self.assertEqual(service["SystemdService"], "eventlistd.service")
-        self.assertTrue(Path(service["Exec"].split()[0]).is_file())
+        self.assertTrue(Path(shlex.split(service["Exec"])[0]).is_file())
 
     def test_the_unit_is_sound_and_leaves_little_open(self):
         unit = self.folder / "usr/lib/systemd/system/eventlistd.service"

@@ -25,6 +25,7 @@ import shutil
 import signal
 import subprocess
 import sys
+import tempfile
 import time
 from dataclasses import dataclass, field
 from pathlib import Path
@@ -250,8 +251,14 @@ def main():
     parser.add_argument("--schemas", type=Path, required=True)
     parser.add_argument("--spool", type=Path, required=True, help="the spool folder of the installed library")
     parser.add_argument("--folder", type=Path, required=True, help="made anew for the page")
-    page = Page(parser.parse_args())
-    page.check()
+    arguments = parser.parse_args()
+    with tempfile.TemporaryDirectory(prefix="reader-") as folder:
+        # What pkg-config prints goes through the shell's words, so a reader's prefix has no blank.
+        prefix = Path(folder, "prefix")
+        prefix.symlink_to(arguments.prefix.resolve())
+        arguments.prefix = prefix
+        page = Page(arguments)
+        page.check()
     for line in page.not_run:
         print(f"{page.arguments.page.name}:{line} (not run)")
     for problem in page.problems:
