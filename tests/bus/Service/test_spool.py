@@ -192,8 +192,8 @@ class Hostile(ServiceTest):
             wait_for(lambda: description in self.client.descriptions(), "the good event")
             delays.append(time.monotonic() - begin)
             waiting.append(self.bad_files_to_be_read())
-        # Not by speed alone: of what came before the first one, a part was still to be read.
-        self.assertTrue(0 < waiting[0] < to_be_read + 1, waiting)
+        # Not by speed alone: most of what came before the first one was still to be read.
+        self.assertGreater(waiting[0], to_be_read // 2, waiting)
         print("a good file among 10000 bad ones is taken after s:", *("%.2f" % delay for delay in delays))
         self.assertLess(max(delays), 1 * PATIENCE)
         if IS_CAMPAIGN:
