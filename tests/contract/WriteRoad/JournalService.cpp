@@ -5,6 +5,8 @@
 #include <QDebug>
 #include <QFile>
 
+#include <csignal>
+
 bool JournalService::start()
 {
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -15,14 +17,12 @@ bool JournalService::start()
            m_process.readOutputLine() == "ready";
 }
 
-void JournalService::kill()
+bool JournalService::killBehindEvent(qint64 processId)
 {
-    m_process.killHard();
-}
-
-bool JournalService::waitForEnd()
-{
-    return !m_process.isRunning() || m_process.waitForFinished(int(defaultDeadline.count()));
+    sigval victim{};
+    victim.sival_int = int(processId != 0 ? processId : m_process.processId());
+    return ::sigqueue(pid_t(m_process.processId()), SIGUSR1, victim) == 0 &&
+           (!m_process.isRunning() || m_process.waitForFinished(int(defaultDeadline.count())));
 }
 
 QVector<JournalService::Entry> JournalService::entries() const

@@ -21,11 +21,10 @@ public:
     /// Starts the service and waits until it owns its name.
     bool start();
 
-    /// Ends the service by SIGKILL.
-    void kill();
-
-    /// Waits until the service has ended together with its bus.
-    bool waitForEnd();
+    /// Has a process killed just behind an event, in a moment when no event waits to be read.
+    /// \param processId  the daemon of the bus, whose end is that of the service; 0 for the service itself
+    /// \returns false when the service did not end in time.
+    bool killBehindEvent(qint64 processId = 0);
 
     /// All that has arrived until now.
     /// Failure: empty when there is an entry that is neither a start nor the number of an event.
