@@ -34,28 +34,25 @@ public:
         {
             return m_from <= m_text.size() ? int(m_from++) : -1;
         }
+        const QChar first = placeholder.front();
+        const QChar* const end = m_text.end();
+        const QChar* unread = m_text.begin() + m_from;
         int matched = 0;
-        while (m_from < m_text.size())
+        while (matched < placeholder.size() && unread != end)
         {
-            if (matched == 0)
+            // A placeholder's first character is rare in most texts, and Qt looks for a single one
+            // many times faster than we read.
+            if (matched == 0 && *unread != first)
             {
-                // A placeholder's first character is rare in most texts, and Qt looks for a single
-                // one many times faster than we read.
-                m_from = m_text.indexOf(placeholder.front(), m_from);
-                if (m_from < 0)
-                {
-                    break;
-                }
+                const qsizetype place = m_text.indexOf(first, unread - m_text.begin());
+                unread = place < 0 ? end : m_text.begin() + place;
+                continue;
             }
-            matched = m_replacement.extended(matched, m_text[m_from]);
-            ++m_from;
-            if (matched == placeholder.size())
-            {
-                return int(m_from) - matched;
-            }
+            matched = m_replacement.extended(matched, *unread);
+            ++unread;
         }
-        m_from = m_text.size();
-        return -1;
+        m_from = unread - m_text.begin();
+        return matched == placeholder.size() ? int(m_from) - matched : -1;
     }
 
 private:
@@ -63,6 +60,20 @@ private:
     const PlaceholderReplacement& m_replacement;
     qsizetype m_from = 0;
 };
+
+// How much of the placeholder a text ends with, after one more character; before it, it was less
+// than all of it. This is asked for each character of a text: by pointers, without the checks of
+// their containers.
+inline int PlaceholderReplacement::extended(int matched, QChar character) const
+{
+    const QChar* const placeholder = m_placeholder.constData();
+    const int* const borders = m_borders.data();
+    while (matched > 0 && placeholder[matched] != character)
+    {
+        matched = borders[matched - 1];
+    }
+    return placeholder[matched] == character ? matched + 1 : 0;
+}
 
 PlaceholderReplacement::PlaceholderReplacement(const QString& placeholder)
     : m_placeholder(placeholder), m_borders(std::size_t(placeholder.size()))
@@ -73,17 +84,6 @@ PlaceholderReplacement::PlaceholderReplacement(const QString& placeholder)
         border = extended(border, m_placeholder.at(i));
         m_borders[std::size_t(i)] = border;
     }
-}
-
-// How much of the placeholder a text ends with, after one more character; before it, it was less
-// than all of it.
-int PlaceholderReplacement::extended(int matched, QChar character) const
-{
-    while (matched > 0 && m_placeholder.at(matched) != character)
-    {
-        matched = m_borders[std::size_t(matched) - 1];
-    }
-    return m_placeholder.at(matched) == character ? matched + 1 : 0;
 }
 
 qint64 PlaceholderReplacement::searchedUnits(const QStringList& texts)
