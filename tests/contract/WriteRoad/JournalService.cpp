@@ -7,22 +7,54 @@
 
 #include <csignal>
 
-bool JournalService::start()
+JournalService::JournalService() : m_process(std::make_unique<ChildProcess>()) {}
+
+bool JournalService::launch(ChildProcess& process, const QStringList& further,
+                            const QByteArray& firstLine) const
 {
-    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    return m_process.startAndWait(
-               QStringLiteral(JOURNAL_SERVICE),
-               {PropertyManagerConst::getDBusPrefix() + QStringLiteral(".EventlistHandler"),
-                m_folder.filePath(QStringLiteral("journal"))}) &&
-           m_process.readOutputLine() == "ready";
+    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    return process.startAndWait(QStringLiteral(JOURNAL_SERVICE),
+                                QStringList{PropertyManagerConst::getDBusPrefix() +
+                                                QStringLiteral(".EventlistHandler"),
+                                            m_folder.filePath(QStringLiteral("journal"))} +
+                                    further) &&
+           process.readOutputLine() == firstLine;
 }
 
-bool JournalService::killBehindEvent(qint64 processId)
+bool JournalService::start()
+{
+    return launch(*m_process, {}, "ready");
+}
+
+bool JournalService::startStandby()
+{
+    m_standby = std::make_unique<ChildProcess>();
+    return launch(*m_standby, {QStringLiteral("--standby")}, "standby");
+}
+
+bool JournalService::takeOver()
+{
+    m_process = std::move(m_standby);
+    return m_process->readOutputLine() == "ready";
+}
+
+bool JournalService::endBehindEvent(Way way, qint64 processId)
 {
     sigval victim{};
-    victim.sival_int = int(processId != 0 ? processId : m_process.processId());
-    return ::sigqueue(pid_t(m_process.processId()), SIGUSR1, victim) == 0 &&
-           (!m_process.isRunning() || m_process.waitForFinished(int(defaultDeadline.count())));
+    victim.sival_int = int(processId != 0 ? processId : m_process->processId());
+    return ::sigqueue(pid_t(m_process->processId()), way == Way::kill ? SIGUSR1 : SIGUSR2,
+                      victim) == 0 &&
+           (!m_process->isRunning() || m_process->waitForFinished(int(defaultDeadline.count())));
+}
+
+bool JournalService::freeze()
+{
+    return m_process->freeze();
+}
+
+void JournalService::thaw()
+{
+    m_process->thaw();
 }
 
 QVector<JournalService::Entry> JournalService::entries() const

@@ -6,6 +6,8 @@
 #include <QTemporaryDir>
 #include <QVector>
 
+#include <memory>
+
 /// The journal service in a process of its own, as the central service. Its journal outlives every
 /// kill. It ends together with its bus.
 class JournalService
@@ -18,19 +20,42 @@ public:
         int event = -1;
     };
 
+    JournalService();
+
     /// Starts the service and waits until it owns its name.
     bool start();
 
-    /// Has a process killed just behind an event, in a moment when no event waits to be read.
-    /// \param processId  the daemon of the bus, whose end is that of the service; 0 for the service itself
+    /// Starts a second one, which gets the name when the first one ends; waits until it stands by.
+    bool startStandby();
+
+    /// Waits until the one that stood by owns the name. It is the service from then on.
+    bool takeOver();
+
+    enum class Way
+    {
+        kill,     ///< by SIGKILL, which nobody notices
+        terminate ///< by SIGTERM, in good order
+    };
+
+    /// Has a process ended just behind an event, in a moment when no event waits to be read, and waits
+    /// until the service has ended.
+    /// \param processId  the daemon of the bus, whose end is that of the service; 0 for the service
+    ///                   itself
     /// \returns false when the service did not end in time.
-    bool killBehindEvent(qint64 processId = 0);
+    bool endBehindEvent(Way way, qint64 processId = 0);
+
+    bool freeze();
+    void thaw();
 
     /// All that has arrived until now.
     /// Failure: empty when there is an entry that is neither a start nor the number of an event.
     QVector<Entry> entries() const;
 
 private:
+    bool launch(ChildProcess& process, const QStringList& further,
+                const QByteArray& firstLine) const;
+
     const QTemporaryDir m_folder;
-    ChildProcess m_process;
+    std::unique_ptr<ChildProcess> m_process;
+    std::unique_ptr<ChildProcess> m_standby;
 };

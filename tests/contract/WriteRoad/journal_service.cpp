@@ -1,14 +1,17 @@
 // A service that takes events and writes down when each arrived, at once, so that nothing of it is
 // lost when it is killed. It is made of libdbus alone.
 //
-//   journal_service <bus name> <journal>
+//   journal_service <bus name> <journal> [--standby]
+//
+// With --standby it waits until the present owner gives up the name.
 //
 // Lines of the journal: "<time> ready" when it owns its name, "<time> <user of the event>" for each
 // event; times in nanoseconds of the monotonic clock.
 //
 // With SIGUSR1 it is told a process (the value that sigqueue sends along), which may be itself. That
 // one it kills as soon as events arrive one by one, just behind the latest: then nobody was behind
-// with reading when the kill came, however busy the machine is.
+// with reading when the kill came, however busy the machine is. With SIGUSR2 the same, but it lets the
+// process end in good order (SIGTERM).
 
 #include <dbus/dbus.h>
 
@@ -29,9 +32,11 @@ constexpr int gapsBeforeKill = 3;
 
 int journal = -1;
 volatile std::sig_atomic_t victim = 0;
+volatile std::sig_atomic_t weapon = SIGKILL;
 
-void takeVictim(int, siginfo_t* information, void*)
+void takeVictim(int signal, siginfo_t* information, void*)
 {
+    weapon = signal == SIGUSR1 ? SIGKILL : SIGTERM;
     victim = information->si_value.sival_int;
 }
 
@@ -61,13 +66,30 @@ void killWhenNothingWaits(std::int64_t timeNs)
     lastNs = timeNs;
     if (victim != 0 && gaps >= gapsBeforeKill)
     {
-        ::kill(pid_t(victim), SIGKILL);
+        ::kill(pid_t(victim), weapon);
         victim = 0;
     }
 }
 
-DBusHandlerResult take(DBusConnection*, DBusMessage* message, void*)
+void announce(const char* what)
 {
+    std::puts(what);
+    std::fflush(stdout);
+}
+
+DBusHandlerResult take(DBusConnection*, DBusMessage* message, void* name)
+{
+    if (dbus_message_is_signal(message, DBUS_INTERFACE_DBUS, "NameAcquired"))
+    {
+        const char* acquired = nullptr;
+        dbus_message_get_args(message, nullptr, DBUS_TYPE_STRING, &acquired, DBUS_TYPE_INVALID);
+        if (std::strcmp(acquired, static_cast<const char*>(name)) == 0)
+        {
+            writeLine(nowNs(), "ready");
+            announce("ready");
+        }
+        return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
+    }
     if (!dbus_message_is_method_call(message, "Interface.EventlistWrite", "logEvent"))
     {
         return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
@@ -102,12 +124,18 @@ int fail(const char* what, const DBusError& error)
 
 int main(int argumentCount, char** arguments)
 {
-    if (argumentCount != 3)
+    const bool isStandby = argumentCount == 4 && std::strcmp(arguments[3], "--standby") == 0;
+    if (argumentCount != 3 && !isStandby)
     {
-        std::fprintf(stderr, "usage: journal_service <bus name> <journal>\n");
+        std::fprintf(stderr, "usage: journal_service <bus name> <journal> [--standby]\n");
         return 2;
     }
     journal = ::open(arguments[2], O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
+    struct sigaction action = {};
+    action.sa_sigaction = takeVictim;
+    action.sa_flags = SA_SIGINFO | SA_RESTART;
+    ::sigaction(SIGUSR1, &action, nullptr);
+    ::sigaction(SIGUSR2, &action, nullptr);
     DBusError error = DBUS_ERROR_INIT;
     DBusConnection* const connection = dbus_bus_get_private(DBUS_BUS_SYSTEM, &error);
     if (connection == nullptr)
@@ -116,21 +144,18 @@ int main(int argumentCount, char** arguments)
     }
     // The end of the bus is the end of this service.
     dbus_connection_set_exit_on_disconnect(connection, TRUE);
-    dbus_connection_add_filter(connection, take, nullptr, nullptr);
-    if (dbus_bus_request_name(connection, arguments[1], DBUS_NAME_FLAG_DO_NOT_QUEUE, &error) !=
-        DBUS_REQUEST_NAME_REPLY_PRIMARY_OWNER)
+    dbus_connection_add_filter(connection, take, arguments[1], nullptr);
+    const int answer = dbus_bus_request_name(connection, arguments[1],
+                                             isStandby ? 0 : DBUS_NAME_FLAG_DO_NOT_QUEUE, &error);
+    if (answer !=
+        (isStandby ? DBUS_REQUEST_NAME_REPLY_IN_QUEUE : DBUS_REQUEST_NAME_REPLY_PRIMARY_OWNER))
     {
-        return fail("the name is taken", error);
+        return fail("the name is taken, or free for a standby", error);
     }
-    struct sigaction action
+    if (isStandby)
     {
-    };
-    action.sa_sigaction = takeVictim;
-    action.sa_flags = SA_SIGINFO | SA_RESTART;
-    ::sigaction(SIGUSR1, &action, nullptr);
-    writeLine(nowNs(), "ready");
-    std::puts("ready");
-    std::fflush(stdout);
+        announce("standby");
+    }
     while (dbus_connection_read_write_dispatch(connection, -1) != FALSE)
     {
     }

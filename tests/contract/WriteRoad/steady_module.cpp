@@ -1,15 +1,17 @@
-// A module that logs events and has no event loop.
+// A module that logs events.
 //
-//   steady_module [--application] [--count <n>]
+//   steady_module [--application | --event-loop] [--producers <n>] [--count <n>]
 //
-// Without --count it logs one event each millisecond until its standard input ends. The user of each
-// event is its number. In the end it prints
+// Without --count it logs one event each millisecond until its standard input ends, and one that is too
+// large for a system bus for each line that it reads there. The user of each event is its number. In the end
+// it prints
 //
 //   sent <n>
 //   refused <number> ...      the events that were warned about, in order
 //   slowest <microseconds>    the longest that one event took
 //
-// --application makes a QCoreApplication, whose loop never runs; without it there is none.
+// --application makes a QCoreApplication, whose loop never runs, --event-loop one whose loop runs;
+// without them there is none. --producers makes more than one of them; they take turns.
 
 #include "EventHandlers/AuditTrailHandler.h"
 #include "TestSupport/FakeTextManager.h"
@@ -20,6 +22,8 @@
 #include <QCoreApplication>
 #include <QDBusMessage>
 #include <QElapsedTimer>
+#include <QSocketNotifier>
+#include <QTimer>
 
 #include <algorithm>
 #include <cstdio>
@@ -34,6 +38,9 @@
 
 namespace
 {
+// A system bus takes messages up to 32 MiB.
+constexpr int unitsTooMany = 33 * 1024 * 1024;
+
 // The warnings about the event that is just logged.
 int warningCount = 0;
 
@@ -49,22 +56,27 @@ void takeWarning(QtMsgType, const QMessageLogContext&, const QString& text)
 class Module
 {
 public:
-    Module()
+    explicit Module(int producerCount)
         : m_texts({{QStringLiteral("Steady/Beat"),
                     {{QStringLiteral("lang_de"), QStringLiteral("Schlag %1")},
-                     {QStringLiteral("lang_en"), QStringLiteral("Beat %1")}}}}),
-          m_producer(QStringLiteral("Steady"), m_texts, QStringLiteral("Steady/Beat"),
-                     QStringList())
+                     {QStringLiteral("lang_en"), QStringLiteral("Beat %1")}}}})
     {
+        for (int i = 0; i < producerCount; ++i)
+        {
+            m_producers.push_back(std::make_unique<AuditTrailHandler>(
+                QStringLiteral("Steady"), m_texts, QStringLiteral("Steady/Beat"), QStringList()));
+        }
     }
 
-    void logNext()
+    void logNext(bool isTooLarge = false)
     {
         QElapsedTimer timer;
         timer.start();
         warningCount = 0;
         const QString number = QString::number(m_sent);
-        m_producer.logAuditTrail(number, {{QStringLiteral("%1"), number}});
+        const QString user = isTooLarge ? QString(unitsTooMany, QLatin1Char('x')) : number;
+        m_producers[std::size_t(m_sent) % m_producers.size()]->logAuditTrail(
+            user, {{QStringLiteral("%1"), number}});
         m_slowestNs = std::max(m_slowestNs, timer.nsecsElapsed());
         if (warningCount == 2)
         {
@@ -89,11 +101,23 @@ public:
 
 private:
     FakeTextManager m_texts;
-    AuditTrailHandler m_producer;
+    std::vector<std::unique_ptr<AuditTrailHandler>> m_producers;
     int m_sent = 0;
     std::vector<int> m_refused;
     qint64 m_slowestNs = 0;
 };
+
+// Takes a line from the standard input. False when it has ended.
+bool obey(Module& module)
+{
+    char line[64];
+    const ssize_t length = ::read(STDIN_FILENO, line, sizeof line);
+    if (length > 0)
+    {
+        module.logNext(true);
+    }
+    return length > 0;
+}
 
 // One event each millisecond until the standard input ends, without making up for those in which this
 // process did not run: a burst would outrun the news of a kill.
@@ -103,16 +127,32 @@ void logSteadily(Module& module)
     const itimerspec everyMillisecond{{0, 1000000}, {0, 1000000}};
     ::timerfd_settime(timer, 0, &everyMillisecond, nullptr);
     pollfd descriptors[] = {{timer, POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}};
-    while (::poll(descriptors, 2, -1) > 0 && descriptors[1].revents == 0)
+    while (::poll(descriptors, 2, -1) > 0 && (descriptors[1].revents == 0 || obey(module)))
     {
         std::uint64_t ticks = 0;
-        if (::read(timer, &ticks, sizeof ticks) != sizeof ticks)
+        if (descriptors[0].revents != 0 && ::read(timer, &ticks, sizeof ticks) == sizeof ticks)
         {
-            break;
+            module.logNext();
         }
-        module.logNext();
     }
     ::close(timer);
+}
+
+// The same in an event loop.
+void logInLoop(Module& module)
+{
+    QTimer timer;
+    timer.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&timer, &QTimer::timeout, [&module] { module.logNext(); });
+    QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
+    QObject::connect(&input, &QSocketNotifier::activated, [&module] {
+        if (!obey(module))
+        {
+            QCoreApplication::quit();
+        }
+    });
+    timer.start(1);
+    QCoreApplication::exec();
 }
 
 // The service answers this when it has taken everything that was sent before.
@@ -129,27 +169,35 @@ bool waitForService()
 int main(int argumentCount, char** arguments)
 {
     int count = -1;
+    int producerCount = 1;
+    bool isLooping = false;
     std::unique_ptr<QCoreApplication> application;
     for (int i = 1; i < argumentCount; ++i)
     {
-        if (std::strcmp(arguments[i], "--count") == 0 && i + 1 < argumentCount)
+        const bool hasValue = i + 1 < argumentCount;
+        if (std::strcmp(arguments[i], "--count") == 0 && hasValue)
         {
             count = std::atoi(arguments[++i]);
         }
-        else if (std::strcmp(arguments[i], "--application") == 0)
+        else if (std::strcmp(arguments[i], "--producers") == 0 && hasValue)
         {
+            producerCount = std::atoi(arguments[++i]);
+        }
+        else
+        {
+            isLooping = std::strcmp(arguments[i], "--event-loop") == 0;
             application = std::make_unique<QCoreApplication>(argumentCount, arguments);
         }
     }
     qInstallMessageHandler(takeWarning);
-    Module module;
-    if (count < 0)
-    {
-        logSteadily(module);
-    }
+    Module module(producerCount);
     for (int i = 0; i < count; ++i)
     {
         module.logNext();
+    }
+    if (count < 0)
+    {
+        isLooping ? logInLoop(module) : logSteadily(module);
     }
     if (!waitForService())
     {
