@@ -5,13 +5,19 @@
 #include "EventWrite/EventlistHandlerEventToFile.h"
 
 #include "Definitions/EventlistHandlerDefinitions.h"
+#include "Description/EventlistHandlerConvenienceFunctions.h"
 #include "EventHandlers/EventHandler.h"
 #include "Support/BenchmarkEvent.h"
+
+#include "Platform/JsonFunctions.h"
+#include "Platform/ReadAllTextsHelper.h"
 
 #include <QByteArray>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include <benchmark/benchmark.h>
 
@@ -112,8 +118,48 @@ void bareSequence(benchmark::State& state)
     clearSpoolFolder();
 }
 
+// What remains of the road when the object to write is there already: the platform's part, which takes
+// a JSON object and no text.
+void finishedObject(benchmark::State& state)
+{
+    const BenchmarkEvent event(textFolder + QString::number(state.range(0)),
+                               BenchmarkEvent::usualArguments, 0);
+    const QJsonObject object = QJsonDocument::fromJson(bytesOf(event)).object();
+    clearSpoolFolder();
+    int number = 0;
+    for (auto unused : state)
+    {
+        Q_UNUSED(unused)
+        const QString name = QStringLiteral("object%1.event.json").arg(number++);
+        if (object.isEmpty() || !writeJsonObjectToFile(object, spoolFolder() + name))
+        {
+            state.SkipWithError("a file could not be written");
+            break;
+        }
+    }
+    clearSpoolFolder();
+}
+
+// Making the largest part of that object.
+void metaDataObject(benchmark::State& state)
+{
+    const BenchmarkEvent event(textFolder + QString::number(state.range(0)),
+                               BenchmarkEvent::usualArguments, 0);
+    const QVariantMap texts = ReadAllTextsHelper::getAllTextsAsVariantMap(event.texts, event.url);
+    for (auto unused : state)
+    {
+        Q_UNUSED(unused)
+        QJsonObject metaData;
+        EventlistHandlerConvenienceFunctions::generateMetaData(
+            metaData, texts, event.arguments, event.urlArguments, event.texts, event.url);
+        benchmark::DoNotOptimize(metaData);
+    }
+}
+
 constexpr int events = 400;
 BENCHMARK(fileRoad)->Arg(2)->Arg(10)->Arg(30)->Iterations(events);
+BENCHMARK(finishedObject)->Arg(2)->Arg(10)->Arg(30)->Iterations(events);
+BENCHMARK(metaDataObject)->Arg(2)->Arg(10)->Arg(30)->Iterations(events);
 BENCHMARK(bareSequence)->Arg(2)->Arg(10)->Arg(30)->Iterations(events);
 } // namespace
 

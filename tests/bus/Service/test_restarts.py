@@ -1,15 +1,18 @@
-"""Restarts of the central service by kill -9 while a module logs without a pause.
+"""Restarts of the central service, and of the bus, by kill -9 while modules go on.
 
 Two modules that are built on the library follow both lists, one by signals and one by polling. A third
 one logs an event each millisecond, through all restarts. In each round an alarm comes and is
 acknowledged, and the horn is silenced; the service is killed and started; the acknowledgement is looked
 for; the alarm goes.
 
+When the bus is killed, a provider is there as well, through which a client logs.
+
 It makes 20 rounds. EVENTLISTHANDLER_TEST_RESTARTS sets another number:
 
     EVENTLISTHANDLER_TEST_RESTARTS=200 ctest --test-dir build/development -R test_restarts -V
 """
 
+import itertools
 import os
 import subprocess
 import threading
@@ -20,11 +23,13 @@ import dbus.bus
 from dbus.mainloop.glib import DBusGMainLoop
 from gi.repository import GLib
 
-from service_harness import DEADLINE_S, ServiceTest, wait_for
+from service_harness import BUS_NAME, DEADLINE_S, Client, ServiceTest, wait_for
 
 ROUNDS = int(os.environ.get("EVENTLISTHANDLER_TEST_RESTARTS", "20"))
 SUBSCRIBER = os.environ["EVENTLISTHANDLER_LIST_SUBSCRIBER"]
 TRAFFIC = os.environ["EVENTLISTHANDLER_STEADY_MODULE"]
+PROVIDER = os.environ["EVENTLISTHANDLER_PUMP_PROVIDER"]
+PROVIDER_NAME = BUS_NAME.rpartition(".")[0] + ".PumpControl"
 
 LIST = "changedAlarmlist"
 ALARM = "changedAlarmInAlarmlist"
@@ -107,6 +112,13 @@ def of_signal(lines, name):
 
 
 class Restarts(ServiceTest):
+    def start(self, *command):
+        module = Module(self.bus, *command)
+        self.addCleanup(module.kill)
+        return module
+
+
+class ServiceRestarts(Restarts):
     def setUp(self):
         super().setUp()
         self.witness = Witness(self.bus)
@@ -118,11 +130,6 @@ class Restarts(ServiceTest):
         self.witness.lines.clear()
         # All that must have been told of the alarm list until now.
         self.told = {name: [] for name in (LIST, ALARM, ACTIVE_ALARM, FAULT, ACTIVE_FAULT, DETECTOR)}
-
-    def start(self, *command):
-        module = Module(self.bus, *command)
-        self.addCleanup(module.kill)
-        return module
 
     def expect(self, what, *lines):
         """Waits until the change is told; what is doubled stands there with the next one at latest."""
@@ -237,6 +244,103 @@ class Restarts(ServiceTest):
         # Two that come between two looks are one.
         self.assertLessEqual(polled, on_wire)
         return len(of_signal(signals.lines, EVENTLIST)), polled, on_wire
+
+
+class BusRestarts(Restarts):
+    def setUp(self):
+        super().setUp()
+        self.subscribers = {mode: self.start(SUBSCRIBER, mode) for mode in ("signals", "polling")}
+        for module in self.subscribers.values():
+            wait_for(lambda module=module: module.lines == ["ready"], "subscribed")
+        self.provider = self.start(PROVIDER)
+        wait_for(lambda: self.provider.lines, "provided")
+        self.calls = 0
+        self.taken = 0
+
+    def restart_bus(self, times):
+        self.client.close()
+        self.bus.kill()
+        self.bus.start()
+        self.service.wait_ready(times)
+        self.client = Client(self.bus)
+        self.witness = Witness(self.bus)
+
+    def are_all_told(self, change):
+        """Whether all subscribers have been told of it since their lines were cleared."""
+        self.client.log_event(type_=0, state=1, alarm_id="probe")
+        self.client.log_event(type_=0, state=2, alarm_id="probe")
+        return all(change in module.lines for module in self.subscribers.values())
+
+    def ask_provider(self):
+        """Places a call; true when the provider has taken it, whatever became of the event."""
+        self.calls += 1
+        text = {"textSource": dbus.Int32(0), "moduleName": "PumpControl", "ObjectName": "PumpControl",
+                "InstanceName": "", "url": "PumpControl/Started"}
+        message = dbus.lowlevel.MethodCallMessage(PROVIDER_NAME, "/Events", "Interface.Events", "logEvent")
+        message.append(["3", "0", "EventlistEvent"], "2026-03-14T09:26:53.589+01:00", "caller",
+                       dbus.Dictionary(text, signature="sv"), ["Status"], str(self.calls), "",
+                       signature="asssa{sv}asss")
+        try:
+            self.client.connection.send_message_with_reply_and_block(message, DEADLINE_S)
+        except dbus.DBusException as error:
+            self.assertEqual(error.get_dbus_name(), "org.freedesktop.DBus.Error.ServiceUnknown")
+            return False
+        self.taken += 1
+        return True
+
+    def provided_events(self):
+        return [row["User"] for row in self.client.part_by_id(0, 2 ** 62, modules=["caller"],
+                                                             columns=["User"], oldest_first=True).rows]
+
+    def test_everybody_hears_and_is_heard_again(self):
+        for number in range(1, ROUNDS + 1):
+            with self.subTest(restart=number):
+                self.restart_bus(number + 1)
+                self.check_subscribers()
+                self.check_provider()
+        # The service takes no call before the one that comes after it.
+        provided = self.provided_events()
+        refused = len(self.provider.errors) // 2
+        self.assertEqual(len(provided), len(set(provided)))
+        self.assertEqual(len(provided) + refused, self.taken)
+        for module in (self.provider, *self.subscribers.values()):
+            self.assertEqual(module.end(), 0)
+        for mode, module in self.subscribers.items():
+            self.assertEqual(module.errors, [], mode)
+        print("%d restarts of the bus: %d calls of the provider, %d taken: %d events in the list, %d refused with a "
+              "warning" % (ROUNDS, self.calls, self.taken, len(provided), refused))
+
+    def check_subscribers(self):
+        for module in self.subscribers.values():
+            module.lines.clear()
+        wait_for(lambda: self.are_all_told(ACTIVE_ALARM + " 0"), "everybody has subscribed again")
+        # From here on nobody misses anything, and nobody is told twice.
+        self.client.log_event(type_=2, state=1, alarm_id="fault")
+        self.expect_faults(ACTIVE_FAULT + " 1", FAULT + " 1")
+        self.client.acknowledge(["fault"])
+        self.client.log_event(type_=2, state=2, alarm_id="fault")
+        self.expect_faults(ACTIVE_FAULT + " 0", ACTIVE_FAULT + " 1", FAULT + " 0", FAULT + " 1")
+        wait_for(self.is_heard_as_on_the_wire, "all is heard, once and in order")
+
+    def is_heard_as_on_the_wire(self):
+        heard, wire = ([line for line in list(source.lines) if not line.startswith(EVENTLIST)]
+                       for source in (self.subscribers["signals"], self.witness))
+        # From the first one on that both have heard.
+        common = min(len(heard), len(wire))
+        return heard[-common:] == wire[-common:]
+
+    def expect_faults(self, *changes):
+        for mode, source in dict(self.subscribers, witness=self.witness).items():
+            def faults(source=source):
+                told = [line for line in list(source.lines) if line.split(" ")[0] in (FAULT, ACTIVE_FAULT)]
+                # The service tells all states anew when it comes back to the bus.
+                return sorted(itertools.dropwhile(lambda line: line.endswith(" 0"), told))
+            wait_for(lambda faults=faults: len(faults()) >= len(changes), "the fault is told by " + mode)
+            self.assertEqual(faults(), list(changes), mode)
+
+    def check_provider(self):
+        known = len(self.provided_events())
+        wait_for(lambda: self.ask_provider() and len(self.provided_events()) > known, "the provider logs again")
 
 
 if __name__ == "__main__":
