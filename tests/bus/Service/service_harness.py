@@ -90,6 +90,7 @@ class Eventlistd:
         self._bus = bus
         self.database = os.path.join(folder, "db", "eventlist.sqlite")
         self.spool = os.path.join(folder, "spool")
+        self.environment = {}
         self.lines = []
         self._process = None
         self._reader = None
@@ -100,7 +101,7 @@ class Eventlistd:
                 *arguments]
 
     def launch(self, *arguments):
-        environment = dict(os.environ, DBUS_SYSTEM_BUS_ADDRESS=self._bus.address)
+        environment = dict(os.environ, DBUS_SYSTEM_BUS_ADDRESS=self._bus.address, **self.environment)
         self.lines = []
         self._process = subprocess.Popen(self.command(*arguments), env=environment,
                                          stderr=subprocess.PIPE)
