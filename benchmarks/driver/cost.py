@@ -54,7 +54,7 @@ def bus_instructions(build, quick):
 
 
 def bus_cpu(build, quick):
-    rounds, events = (10, 50) if quick else (60, 200)
+    rounds, events = (10, 50) if quick else (240, 200)
     ratios, straightforward, rows = [], [], []
     with Machine(build) as machine:
         machine.start_sink()
