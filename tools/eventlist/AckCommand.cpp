@@ -121,6 +121,26 @@ int acknowledgeAlarms(AlarmlistHandlerDBusConnectorRead& reader, const QStringLi
     }
     return code;
 }
+
+int acknowledgeCentralDetector(AlarmlistHandlerDBusConnectorRead& reader, const QString& user)
+{
+    AlarmlistHandlerDBusConnectorWrite(false).acknowledgeCentralDetector(user);
+    QVariantMap state;
+    const int code = Service::waitForDictionary(reader, reader.getAlarmState(QString()), state);
+    if (code != ExitCode::success)
+    {
+        return code;
+    }
+    if (state.value(QStringLiteral("CentralDetector")).toBool())
+    {
+        Output::error(QStringLiteral("the central detector is still on: the bus may allow this to "
+                                     "others alone, or there is a new alarm"));
+        return ExitCode::failed;
+    }
+    Output::write(QStringLiteral("central detector acknowledged by ") + SafeText::escaped(user) +
+                  QLatin1Char('\n'));
+    return ExitCode::success;
+}
 } // namespace
 
 QString AckCommand::name() const
@@ -181,13 +201,5 @@ int AckCommand::run(const Arguments& arguments)
     {
         return acknowledgeAlarms(reader, arguments.words(), user);
     }
-    AlarmlistHandlerDBusConnectorWrite writer(false);
-    writer.acknowledgeCentralDetector(user);
-    const int code = Service::flush(writer);
-    if (code == ExitCode::success)
-    {
-        Output::write(QStringLiteral("central detector acknowledged by ") +
-                      SafeText::escaped(user) + QLatin1Char('\n'));
-    }
-    return code;
+    return acknowledgeCentralDetector(reader, user);
 }

@@ -213,6 +213,21 @@ class SystemPolicy(unittest.TestCase):
         self.assertTrue(self.send("pump", *LOG)[0])
         self.assertEqual(self.senders("claimed")[-2:], ["guest", "pump"])
 
+    def test_the_tool_tells_who_may_not(self):
+        self.start()
+        self.assertTrue(self.send("guest", LOG[0], LOG[1], "array:string:0,1,i", *LOG[3:])[0])
+        allowed_to_others = {
+            ("delete", "--yes"): "eventlist: the list was not deleted: the bus may allow it to others alone, or the log "
+                                 "of the service says why\n",
+            ("ack", "--central"): "eventlist: the central detector is still on: the bus may allow this to others alone, "
+                                  "or there is a new alarm\n"}
+        for words, complaint in allowed_to_others.items():
+            for user, code in (("guest", 1), ("root", 0)):
+                with self.subTest(words=words, user=user):
+                    done = run(os.environ["EVENTLIST"], *words, user=user,
+                               env=dict(os.environ, DBUS_SYSTEM_BUS_ADDRESS=self.address))
+                    self.assertEqual((done.returncode, done.stderr), (code, complaint if code else ""))
+
     def log_to_file(self, user, what):
         """Has a module of this user log on the file road, and gives its warnings."""
         module = Program(as_user(user) + [MODULE, f"{user} %1", f"{user} %1"])
