@@ -85,10 +85,9 @@ class MessageMaker(ValueMaker):
 
 
 def is_call_of(message, method):
-    # Further arguments are for whoever looks at the message itself: QtDBus hands the call to the slot all the same.
     path, interface, member, signature = method
     return (message.get_type() == 1 and message.get_path() == path and message.get_member() == member
-            and message.get_interface() in (interface, None) and message.get_signature().startswith(signature))
+            and message.get_interface() in (interface, None) and message.get_signature() == signature)
 
 
 def is_number(text, lowest, highest):
@@ -98,7 +97,7 @@ def is_number(text, lowest, highest):
 
 def event_of(message):
     """What the list has to show of a good event: module, user, event type and alarm id. None when it is refused."""
-    attributes, timestamp, module, description, keywords, user, additional, alarm_id = message.get_args_list()[:8]
+    attributes, timestamp, module, description, keywords, user, additional, alarm_id = message.get_args_list()
     if (len(attributes) != 3 or not is_number(attributes[0], 0, 3)
             or not is_number(attributes[1], -2 ** 31, 2 ** 31 - 1)):
         return None

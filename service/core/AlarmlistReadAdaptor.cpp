@@ -1,13 +1,14 @@
 #include "core/AlarmlistReadAdaptor.h"
 
+#include "core/BusObject.h"
 #include "core/EventlistService.h"
 #include "core/MonotonicClock.h"
 
 namespace eventlistd
 {
 
-AlarmlistReadAdaptor::AlarmlistReadAdaptor(QObject* object, EventlistService& service)
-    : QDBusAbstractAdaptor(object), m_service(service)
+AlarmlistReadAdaptor::AlarmlistReadAdaptor(BusObject* object, EventlistService& service)
+    : QDBusAbstractAdaptor(object), m_object(*object), m_service(service)
 {
     QObject::connect(&service, &EventlistService::alarmlistChanged, this,
                      &AlarmlistReadAdaptor::changedAlarmlist);
@@ -32,14 +33,13 @@ AlarmlistReadAdaptor::AlarmlistReadAdaptor(QObject* object, EventlistService& se
                      });
 }
 
-QVariantMap AlarmlistReadAdaptor::getCompleteAlarmlist(const QString& queryContext,
-                                                       const QDBusMessage& message)
+QVariantMap AlarmlistReadAdaptor::getCompleteAlarmlist(const QString& queryContext)
 {
     QString errorName;
     QString error;
     QVariantMap answer;
     SenderRegistry& senders = m_service.senders();
-    if (!senders.admitQuery(message.service()))
+    if (!senders.admitQuery(m_object.caller()))
     {
         errorName = QStringLiteral("org.freedesktop.DBus.Error.LimitsExceeded");
         error = QStringLiteral("Too many queries, try again later");
@@ -49,12 +49,11 @@ QVariantMap AlarmlistReadAdaptor::getCompleteAlarmlist(const QString& queryConte
         errorName = QStringLiteral("org.freedesktop.DBus.Error.IOError");
         const qint64 begin = monotonicMs();
         answer = m_service.alarms(queryContext, error);
-        senders.chargeQuery(message.service(), monotonicMs() - begin);
+        senders.chargeQuery(m_object.caller(), monotonicMs() - begin);
     }
     if (!error.isEmpty())
     {
-        message.setDelayedReply(true);
-        m_connection.send(message.createErrorReply(errorName, error));
+        m_object.sendErrorReply(errorName, error);
     }
     return answer;
 }

@@ -1,13 +1,12 @@
 #pragma once
 
 #include <QDBusAbstractAdaptor>
-#include <QDBusConnection>
-#include <QDBusMessage>
 #include <QVariantMap>
 
 namespace eventlistd
 {
 
+class BusObject;
 class EventlistService;
 
 /// The object "/AlarmlistRead" on the bus. Each slot is a method and each signal a signal of this
@@ -19,13 +18,10 @@ class AlarmlistReadAdaptor : public QDBusAbstractAdaptor
 public:
     /// \param object   what stands on the bus; it owns this
     /// \param service  must outlive this
-    AlarmlistReadAdaptor(QObject* object, EventlistService& service);
-
-    /// The connection over which refusals are answered.
-    void setConnection(const QDBusConnection& connection) { m_connection = connection; }
+    AlarmlistReadAdaptor(BusObject* object, EventlistService& service);
 
 public Q_SLOTS:
-    QVariantMap getCompleteAlarmlist(const QString& queryContext, const QDBusMessage& message);
+    QVariantMap getCompleteAlarmlist(const QString& queryContext);
     QVariantMap getAlarmState(const QString& queryContext);
 
 Q_SIGNALS:
@@ -37,8 +33,8 @@ Q_SIGNALS:
     void changedCentralDetector(bool bState);
 
 private:
+    BusObject& m_object;
     EventlistService& m_service;
-    QDBusConnection m_connection{QString()};
 };
 
 } // namespace eventlistd

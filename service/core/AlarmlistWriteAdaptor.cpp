@@ -1,25 +1,24 @@
 #include "core/AlarmlistWriteAdaptor.h"
 
+#include "core/BusObject.h"
 #include "core/EventlistService.h"
 
 namespace eventlistd
 {
 
-AlarmlistWriteAdaptor::AlarmlistWriteAdaptor(QObject* object, EventlistService& service)
-    : QDBusAbstractAdaptor(object), m_service(service)
+AlarmlistWriteAdaptor::AlarmlistWriteAdaptor(BusObject* object, EventlistService& service)
+    : QDBusAbstractAdaptor(object), m_object(*object), m_service(service)
 {
 }
 
-void AlarmlistWriteAdaptor::acknowledgeVisualAlarm(const QStringList& alarms, const QString& user,
-                                                   const QDBusMessage& message)
+void AlarmlistWriteAdaptor::acknowledgeVisualAlarm(const QStringList& alarms, const QString& user)
 {
-    m_service.acknowledgeAlarms(alarms, user, message.service());
+    m_service.acknowledgeAlarms(alarms, user, m_object.caller());
 }
 
-void AlarmlistWriteAdaptor::acknowledgeCentralDetector(const QString& user,
-                                                       const QDBusMessage& message)
+void AlarmlistWriteAdaptor::acknowledgeCentralDetector(const QString& user)
 {
-    m_service.acknowledgeCentralDetector(user, message.service());
+    m_service.acknowledgeCentralDetector(user, m_object.caller());
 }
 
 } // namespace eventlistd

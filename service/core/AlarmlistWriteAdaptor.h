@@ -1,12 +1,12 @@
 #pragma once
 
 #include <QDBusAbstractAdaptor>
-#include <QDBusMessage>
 #include <QStringList>
 
 namespace eventlistd
 {
 
+class BusObject;
 class EventlistService;
 
 /// The object "/AlarmlistWrite" on the bus. Each slot is a method of this name; what the methods
@@ -18,14 +18,14 @@ class AlarmlistWriteAdaptor : public QDBusAbstractAdaptor
 public:
     /// \param object   what stands on the bus; it owns this
     /// \param service  must outlive this
-    AlarmlistWriteAdaptor(QObject* object, EventlistService& service);
+    AlarmlistWriteAdaptor(BusObject* object, EventlistService& service);
 
 public Q_SLOTS:
-    void acknowledgeVisualAlarm(const QStringList& alarms, const QString& user,
-                                const QDBusMessage& message);
-    void acknowledgeCentralDetector(const QString& user, const QDBusMessage& message);
+    void acknowledgeVisualAlarm(const QStringList& alarms, const QString& user);
+    void acknowledgeCentralDetector(const QString& user);
 
 private:
+    BusObject& m_object;
     EventlistService& m_service;
 };
 

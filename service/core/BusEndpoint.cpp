@@ -29,13 +29,11 @@ QString localPath()
 } // namespace
 
 BusEndpoint::BusEndpoint(const QString& busName, EventlistService& service, QObject* parent)
-    : QObject(parent),
-      m_busName(busName),
-      m_service(service),
-      m_eventlistReadAdaptor(new EventlistReadAdaptor(&m_eventlistRead, service)),
-      m_alarmlistReadAdaptor(new AlarmlistReadAdaptor(&m_alarmlistRead, service))
+    : QObject(parent), m_busName(busName), m_service(service)
 {
     registerAnswerTypes();
+    new EventlistReadAdaptor(&m_eventlistRead, service);
+    new AlarmlistReadAdaptor(&m_alarmlistRead, service);
     new EventlistWriteAdaptor(&m_eventlistWrite, service);
     new AlarmlistWriteAdaptor(&m_alarmlistWrite, service);
     new HashRegisterAdaptor(&m_hashRegister, service);
@@ -100,8 +98,6 @@ bool BusEndpoint::publish()
                          QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameLost"), this,
                          SLOT(onNameLost(QString)));
     m_service.senders().setConnection(m_connection);
-    m_eventlistReadAdaptor->setConnection(m_connection);
-    m_alarmlistReadAdaptor->setConnection(m_connection);
     const std::pair<QString, QObject*> objects[] = {
         {names::eventlistWritePath(), &m_eventlistWrite},
         {names::eventlistReadPath(), &m_eventlistRead},
@@ -135,8 +131,6 @@ bool BusEndpoint::publish()
 void BusEndpoint::dropConnection()
 {
     m_connection = QDBusConnection(QString());
-    m_eventlistReadAdaptor->setConnection(m_connection);
-    m_alarmlistReadAdaptor->setConnection(m_connection);
     m_service.senders().setConnection(m_connection);
     QDBusConnection::disconnectFromBus(m_connectionName);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/BusObject.h"
+
 #include <QDBusConnection>
 #include <QObject>
 #include <QTimer>
@@ -7,8 +9,6 @@
 namespace eventlistd
 {
 
-class AlarmlistReadAdaptor;
-class EventlistReadAdaptor;
 class EventlistService;
 
 /// Puts the service on the bus and keeps it there: connects, publishes the objects, takes the name,
@@ -45,13 +45,11 @@ private:
     // Fixed at construction.
     const QString m_busName;
     EventlistService& m_service;
-    QObject m_eventlistWrite;
-    QObject m_eventlistRead;
-    QObject m_alarmlistWrite;
-    QObject m_alarmlistRead;
-    QObject m_hashRegister;
-    EventlistReadAdaptor* m_eventlistReadAdaptor;
-    AlarmlistReadAdaptor* m_alarmlistReadAdaptor;
+    BusObject m_eventlistWrite;
+    BusObject m_eventlistRead;
+    BusObject m_alarmlistWrite;
+    BusObject m_alarmlistRead;
+    BusObject m_hashRegister;
     // The present connection.
     QString m_connectionName;
     QDBusConnection m_connection{QString()};

@@ -1,5 +1,6 @@
 #include "core/EventlistReadAdaptor.h"
 
+#include "core/BusObject.h"
 #include "core/EventFilter.h"
 #include "core/EventlistService.h"
 #include "core/MonotonicClock.h"
@@ -7,17 +8,16 @@
 namespace eventlistd
 {
 
-EventlistReadAdaptor::EventlistReadAdaptor(QObject* object, EventlistService& service)
-    : QDBusAbstractAdaptor(object), m_service(service)
+EventlistReadAdaptor::EventlistReadAdaptor(BusObject* object, EventlistService& service)
+    : QDBusAbstractAdaptor(object), m_object(*object), m_service(service)
 {
     QObject::connect(&service, &EventlistService::eventlistChanged, this,
                      &EventlistReadAdaptor::changedEventlist);
 }
 
-QVariantMap EventlistReadAdaptor::getCompleteEventlist(const QString& queryContext,
-                                                       const QDBusMessage& message)
+QVariantMap EventlistReadAdaptor::getCompleteEventlist(const QString& queryContext)
 {
-    return answer(EventFilterBuilder(queryContext), message);
+    return answer(EventFilterBuilder(queryContext));
 }
 
 QVariantMap EventlistReadAdaptor::getListOfEventTypes(const QString& queryContext)
@@ -29,7 +29,7 @@ QVariantMap EventlistReadAdaptor::getPartOfEventlist(
     const QString& queryContext, const QStringList& eventTypeFilter,
     const QStringList& secondFilter, const QStringList& moduleNameFilter,
     const QStringList& keywordFilter, const QString& startTime, const QString& endTime,
-    const QStringList& extraList, int extraNumber, const QDBusMessage& message)
+    const QStringList& extraList, int extraNumber)
 {
     return answer(EventFilterBuilder(queryContext)
                       .eventTypes(eventTypeFilter)
@@ -38,15 +38,14 @@ QVariantMap EventlistReadAdaptor::getPartOfEventlist(
                       .keywords(keywordFilter)
                       .timesAsText(startTime, endTime)
                       .columns(extraList)
-                      .rowLimit(extraNumber),
-                  message);
+                      .rowLimit(extraNumber));
 }
 
 QVariantMap EventlistReadAdaptor::getPartOfEventlistUnixTime(
     const QString& queryContext, const QStringList& eventTypeFilter,
     const QStringList& secondFilter, const QStringList& moduleNameFilter,
     const QStringList& keywordFilter, qlonglong startTime, qlonglong endTime,
-    const QStringList& extraList, int extraNumber, const QDBusMessage& message)
+    const QStringList& extraList, int extraNumber)
 {
     return answer(EventFilterBuilder(queryContext)
                       .eventTypes(eventTypeFilter)
@@ -55,15 +54,14 @@ QVariantMap EventlistReadAdaptor::getPartOfEventlistUnixTime(
                       .keywords(keywordFilter)
                       .unixTimes(startTime, endTime)
                       .columns(extraList)
-                      .rowLimit(extraNumber),
-                  message);
+                      .rowLimit(extraNumber));
 }
 
 QVariantMap EventlistReadAdaptor::getPartOfEventlistById(
     const QString& queryContext, const QStringList& eventTypeFilter,
     const QStringList& secondFilter, const QStringList& moduleNameFilter,
     const QStringList& keywordFilter, qlonglong startId, qlonglong endId,
-    const QStringList& extraList, int extraNumber, bool extraFlag, const QDBusMessage& message)
+    const QStringList& extraList, int extraNumber, bool extraFlag)
 {
     return answer(EventFilterBuilder(queryContext)
                       .eventTypes(eventTypeFilter)
@@ -73,38 +71,33 @@ QVariantMap EventlistReadAdaptor::getPartOfEventlistById(
                       .ids(startId, endId)
                       .columns(extraList)
                       .rowLimit(extraNumber)
-                      .oldestFirst(extraFlag),
-                  message);
+                      .oldestFirst(extraFlag));
 }
 
-QVariantMap EventlistReadAdaptor::answer(const EventFilterBuilder& filter,
-                                         const QDBusMessage& message)
+QVariantMap EventlistReadAdaptor::answer(const EventFilterBuilder& filter)
 {
     if (!filter.isValid())
     {
         return refuse(
-            message, QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"),
+            QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"),
             QStringLiteral("A filter list has more than %1 elements").arg(longestFilterList));
     }
-    if (!m_service.senders().admitQuery(message.service()))
+    if (!m_service.senders().admitQuery(m_object.caller()))
     {
-        return refuse(message, QStringLiteral("org.freedesktop.DBus.Error.LimitsExceeded"),
+        return refuse(QStringLiteral("org.freedesktop.DBus.Error.LimitsExceeded"),
                       QStringLiteral("Too many queries, try again later"));
     }
     QString error;
     const qint64 begin = monotonicMs();
     const QVariantMap events = m_service.events(filter.filter(), error);
-    m_service.senders().chargeQuery(message.service(), monotonicMs() - begin);
-    return error.isEmpty()
-               ? events
-               : refuse(message, QStringLiteral("org.freedesktop.DBus.Error.IOError"), error);
+    m_service.senders().chargeQuery(m_object.caller(), monotonicMs() - begin);
+    return error.isEmpty() ? events
+                           : refuse(QStringLiteral("org.freedesktop.DBus.Error.IOError"), error);
 }
 
-QVariantMap EventlistReadAdaptor::refuse(const QDBusMessage& message, const QString& error,
-                                         const QString& text)
+QVariantMap EventlistReadAdaptor::refuse(const QString& error, const QString& text)
 {
-    message.setDelayedReply(true);
-    m_connection.send(message.createErrorReply(error, text));
+    m_object.sendErrorReply(error, text);
     return {};
 }
 

@@ -1,14 +1,13 @@
 #pragma once
 
 #include <QDBusAbstractAdaptor>
-#include <QDBusConnection>
-#include <QDBusMessage>
 #include <QStringList>
 #include <QVariantMap>
 
 namespace eventlistd
 {
 
+class BusObject;
 class EventFilterBuilder;
 class EventlistService;
 
@@ -21,43 +20,37 @@ class EventlistReadAdaptor : public QDBusAbstractAdaptor
 public:
     /// \param object   what stands on the bus; it owns this
     /// \param service  must outlive this
-    EventlistReadAdaptor(QObject* object, EventlistService& service);
-
-    /// The connection over which refusals are answered.
-    void setConnection(const QDBusConnection& connection) { m_connection = connection; }
+    EventlistReadAdaptor(BusObject* object, EventlistService& service);
 
 public Q_SLOTS:
-    QVariantMap getCompleteEventlist(const QString& queryContext, const QDBusMessage& message);
+    QVariantMap getCompleteEventlist(const QString& queryContext);
     QVariantMap getListOfEventTypes(const QString& queryContext);
     QVariantMap getPartOfEventlist(const QString& queryContext, const QStringList& eventTypeFilter,
                                    const QStringList& secondFilter,
                                    const QStringList& moduleNameFilter,
                                    const QStringList& keywordFilter, const QString& startTime,
                                    const QString& endTime, const QStringList& extraList,
-                                   int extraNumber, const QDBusMessage& message);
-    QVariantMap getPartOfEventlistUnixTime(const QString& queryContext,
-                                           const QStringList& eventTypeFilter,
-                                           const QStringList& secondFilter,
-                                           const QStringList& moduleNameFilter,
-                                           const QStringList& keywordFilter, qlonglong startTime,
-                                           qlonglong endTime, const QStringList& extraList,
-                                           int extraNumber, const QDBusMessage& message);
+                                   int extraNumber);
+    QVariantMap
+    getPartOfEventlistUnixTime(const QString& queryContext, const QStringList& eventTypeFilter,
+                               const QStringList& secondFilter, const QStringList& moduleNameFilter,
+                               const QStringList& keywordFilter, qlonglong startTime,
+                               qlonglong endTime, const QStringList& extraList, int extraNumber);
     QVariantMap
     getPartOfEventlistById(const QString& queryContext, const QStringList& eventTypeFilter,
                            const QStringList& secondFilter, const QStringList& moduleNameFilter,
                            const QStringList& keywordFilter, qlonglong startId, qlonglong endId,
-                           const QStringList& extraList, int extraNumber, bool extraFlag,
-                           const QDBusMessage& message);
+                           const QStringList& extraList, int extraNumber, bool extraFlag);
 
 Q_SIGNALS:
     void changedEventlist();
 
 private:
-    QVariantMap answer(const EventFilterBuilder& filter, const QDBusMessage& message);
-    QVariantMap refuse(const QDBusMessage& message, const QString& error, const QString& text);
+    QVariantMap answer(const EventFilterBuilder& filter);
+    QVariantMap refuse(const QString& error, const QString& text);
 
+    BusObject& m_object;
     EventlistService& m_service;
-    QDBusConnection m_connection{QString()};
 };
 
 } // namespace eventlistd

@@ -1,39 +1,39 @@
 #include "core/EventlistWriteAdaptor.h"
 
+#include "core/BusObject.h"
 #include "core/EventDecoder.h"
 #include "core/EventlistService.h"
 
 namespace eventlistd
 {
 
-EventlistWriteAdaptor::EventlistWriteAdaptor(QObject* object, EventlistService& service)
-    : QDBusAbstractAdaptor(object), m_service(service)
+EventlistWriteAdaptor::EventlistWriteAdaptor(BusObject* object, EventlistService& service)
+    : QDBusAbstractAdaptor(object), m_object(*object), m_service(service)
 {
 }
 
 void EventlistWriteAdaptor::logEvent(const QStringList& eventAttributes, const QString& timestamp,
                                      const QString& moduleName, const QString& description,
                                      const QStringList& keywords, const QString& user,
-                                     const QString& additionalData, const QString& alarmId,
-                                     const QDBusMessage& message)
+                                     const QString& additionalData, const QString& alarmId)
 {
-    if (m_service.admitsEvent(message.service()))
+    if (m_service.admitsEvent(m_object.caller()))
     {
         m_service.takeEvent(EventDecoder::fromBus(eventAttributes, timestamp, moduleName,
                                                   description, keywords, user, additionalData,
                                                   alarmId),
-                            message.service());
+                            m_object.caller());
     }
 }
 
-void EventlistWriteAdaptor::deleteEventlist(const QDBusMessage& message)
+void EventlistWriteAdaptor::deleteEventlist()
 {
-    m_service.deleteEventlist(message.service());
+    m_service.deleteEventlist(m_object.caller());
 }
 
-void EventlistWriteAdaptor::suppressEventProcessing(bool suppress, const QDBusMessage& message)
+void EventlistWriteAdaptor::suppressEventProcessing(bool suppress)
 {
-    m_service.suppressEventProcessing(suppress, message.service());
+    m_service.suppressEventProcessing(suppress, m_object.caller());
 }
 
 } // namespace eventlistd

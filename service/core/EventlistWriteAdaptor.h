@@ -1,12 +1,12 @@
 #pragma once
 
 #include <QDBusAbstractAdaptor>
-#include <QDBusMessage>
 #include <QStringList>
 
 namespace eventlistd
 {
 
+class BusObject;
 class EventlistService;
 
 /// The object "/EventlistWrite" on the bus. Each slot is a method of this name; what the methods
@@ -18,17 +18,18 @@ class EventlistWriteAdaptor : public QDBusAbstractAdaptor
 public:
     /// \param object   what stands on the bus; it owns this
     /// \param service  must outlive this
-    EventlistWriteAdaptor(QObject* object, EventlistService& service);
+    EventlistWriteAdaptor(BusObject* object, EventlistService& service);
 
 public Q_SLOTS:
     void logEvent(const QStringList& eventAttributes, const QString& timestamp,
                   const QString& moduleName, const QString& description,
                   const QStringList& keywords, const QString& user, const QString& additionalData,
-                  const QString& alarmId, const QDBusMessage& message);
-    void deleteEventlist(const QDBusMessage& message);
-    void suppressEventProcessing(bool suppress, const QDBusMessage& message);
+                  const QString& alarmId);
+    void deleteEventlist();
+    void suppressEventProcessing(bool suppress);
 
 private:
+    BusObject& m_object;
     EventlistService& m_service;
 };
 

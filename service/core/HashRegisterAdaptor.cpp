@@ -1,23 +1,23 @@
 #include "core/HashRegisterAdaptor.h"
 
 #include "core/BusAnswers.h"
+#include "core/BusObject.h"
 #include "core/EventlistService.h"
 
 namespace eventlistd
 {
 
-HashRegisterAdaptor::HashRegisterAdaptor(QObject* object, EventlistService& service)
-    : QDBusAbstractAdaptor(object), m_service(service)
+HashRegisterAdaptor::HashRegisterAdaptor(BusObject* object, EventlistService& service)
+    : QDBusAbstractAdaptor(object), m_object(*object), m_service(service)
 {
 }
 
-QDBusVariant HashRegisterAdaptor::registerEventHash(const QString& hash,
-                                                    const QDBusMessage& message)
+QDBusVariant HashRegisterAdaptor::registerEventHash(const QString& hash)
 {
     using Result = HashRegister::Result;
     // A structure holds a value also when there is nothing to tell.
     RegisterAnswer answer{0, QString(), QDBusVariant(QString())};
-    const Result result = m_service.senders().admitEvent(message.service())
+    const Result result = m_service.senders().admitEvent(m_object.caller())
                               ? m_service.registerHash(hash)
                               : Result::full;
     if (result == Result::invalid)

@@ -1,12 +1,12 @@
 #pragma once
 
 #include <QDBusAbstractAdaptor>
-#include <QDBusMessage>
 #include <QDBusVariant>
 
 namespace eventlistd
 {
 
+class BusObject;
 class EventlistService;
 
 /// The object "/HashRegister" on the bus. The slot is a method of this name; what it means stands
@@ -18,12 +18,13 @@ class HashRegisterAdaptor : public QDBusAbstractAdaptor
 public:
     /// \param object   what stands on the bus; it owns this
     /// \param service  must outlive this
-    HashRegisterAdaptor(QObject* object, EventlistService& service);
+    HashRegisterAdaptor(BusObject* object, EventlistService& service);
 
 public Q_SLOTS:
-    QDBusVariant registerEventHash(const QString& hash, const QDBusMessage& message);
+    QDBusVariant registerEventHash(const QString& hash);
 
 private:
+    BusObject& m_object;
     EventlistService& m_service;
 };
 

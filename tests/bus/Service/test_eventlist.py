@@ -83,6 +83,19 @@ class Storing(ServiceTest):
             self.assertLess(abs(int(row["TimestampUtc"]) - before), 60000)
             self.assertRegex(row["DateTimeMsUTC"], r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}[+-]")
 
+    def test_a_call_with_further_arguments_is_none(self):
+        self.client.log_event(user="stays")
+        for path, interface, method, signature, arguments in (
+                ("/EventlistWrite", "Interface.EventlistWrite", "deleteEventlist", "s", ("really",)),
+                ("/EventlistWrite", "Interface.EventlistWrite", "suppressEventProcessing", "bs", (True, "")),
+                ("/AlarmlistRead", "Interface.AlarmlistRead", "getCompleteAlarmlist", "ss", ("", "")),
+                ("/HashRegister", "Interface.RegisterHash", "registerEventHash", "ss", ("0a1b", ""))):
+            with self.subTest(method=method), self.assertRaises(dbus.DBusException) as refused:
+                self.client.call(path, interface, method, signature, *arguments)
+            self.assertEqual(refused.exception.get_dbus_name(), "org.freedesktop.DBus.Error.UnknownMethod")
+        self.client.log_event(user="comes")
+        self.assertEqual([row["User"] for row in reversed(self.client.part(modules=["pump"]).rows)], ["stays", "comes"])
+
     def test_an_event_without_a_type_or_a_state_is_refused_with_a_warning(self):
         for attributes in [["4", "0", "i"], ["-1", "0", "i"], ["0", "on", "i"], ["alarm", "0", "i"],
                            ["0", "0"], ["0", "0", "i", "x"], []]:
