@@ -73,7 +73,7 @@ class ServiceHarness(Harness):
                 # On a busy machine these queries take more time than one client is granted.
                 if error.get_dbus_name() != "org.freedesktop.DBus.Error.LimitsExceeded" or not is_in_time():
                     raise
-                time.sleep(0.1)
+                time.sleep(0.04)
 
     def before_batch(self, connection):
         """The number of the last event, which is one that says that events are processed."""

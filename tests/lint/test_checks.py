@@ -206,13 +206,16 @@ class Format(PlantedTree):
 
 
 class Tidy(PlantedTree):
-    def plant(self, body):
+    def plant(self, *bodies):
+        """As Writer.cpp and further files of its folder, which are looked at together."""
         shutil.copy(ROOT / ".clang-tidy", self.root)
-        source = self.root / "src/EventWrite/Writer.cpp"
-        source.write_text(body, encoding="utf-8")
-        self.write("build/compile_commands.json", json.dumps(
-            [{"directory": str(self.root), "command": "ccache g++ -std=c++17 -c src/EventWrite/Writer.cpp",
-              "file": str(source)}]))
+        commands = []
+        for number, body in enumerate(bodies):
+            name = f"src/EventWrite/{number or ''}Writer.cpp"
+            self.write(name, body)
+            commands.append({"directory": str(self.root), "command": f"ccache g++ -std=c++17 -o {number}.o -c {name}",
+                             "file": str(self.root / name)})
+        self.write("build/compile_commands.json", json.dumps(commands))
 
     def run_twice(self):
         return [self.run_check("check_tidy", self.root / "build", "--root", self.root) for _ in range(2)]
@@ -227,6 +230,27 @@ class Tidy(PlantedTree):
         for code, output in self.run_twice():
             self.assertEqual(code, 1, output)
             self.assertIn("modernize-use-nullptr", output)
+
+    CLEAN = "int once(int value)\n{\n    return value;\n}\n"
+
+    def test_finds_a_fault_among_files_of_a_folder(self):
+        self.plant(self.CLEAN, "int* nothing()\n{\n    return 0;\n}\n")
+        for code, output in self.run_twice():
+            self.assertEqual(code, 1, output)
+            self.assertIn("modernize-use-nullptr", output)
+            self.assertIn("1Writer.cpp:3:", output)
+
+    def test_follows_the_paths_through_each_of_the_files_of_a_folder(self):
+        self.plant(self.CLEAN, "int any(bool is)\n{\n    int* place = nullptr;\n    return is ? *place : 0;\n}\n")
+        for code, output in self.run_twice():
+            self.assertEqual(code, 1, output)
+            self.assertIn("clang-analyzer-core.NullDereference", output)
+
+    def test_lets_files_of_a_folder_have_the_same_names_inside(self):
+        inside = "namespace\n{\nint value()\n{\n    return %d;\n}\n} // namespace\nint %s()\n{\n    return value();\n}\n"
+        self.plant(inside % (1, "first"), inside % (2, "second"))
+        for code, output in self.run_twice():
+            self.assertEqual(code, 0, output)
 
     def test_refuses_a_build_of_another_tree(self):
         self.write("build/compile_commands.json", "[]")

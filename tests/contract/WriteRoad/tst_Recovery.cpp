@@ -3,6 +3,7 @@
 #include "contract/WriteRoad/JournalService.h"
 
 #include <QDebug>
+#include <QElapsedTimer>
 #include <QMetaEnum>
 #include <QSet>
 
@@ -66,6 +67,14 @@ constexpr std::chrono::milliseconds frozenTime{150};
 bool isPatient(Fault fault)
 {
     return fault == Fault::serviceFrozen || fault == Fault::busFrozen;
+}
+
+// The fault itself lasts so long; nothing else is waited for.
+bool isOver(std::chrono::milliseconds time)
+{
+    QElapsedTimer timer;
+    timer.start();
+    return waitUntil([&] { return timer.hasExpired(time.count()); });
 }
 
 bool isServiceStarted(Fault fault)
@@ -151,8 +160,7 @@ bool tst_Recovery::disturb(Fault fault, JournalService& service, ChildProcess& m
     case Fault::serviceReplaced:
         return service.startStandby() && service.endBehindEvent(Way::kill) && service.takeOver();
     case Fault::serviceFrozen: {
-        const bool isFrozen = service.freeze();
-        QTest::qWait(int(frozenTime.count()));
+        const bool isFrozen = service.freeze() && isOver(frozenTime);
         service.thaw();
         return isFrozen;
     }
@@ -163,8 +171,7 @@ bool tst_Recovery::disturb(Fault fault, JournalService& service, ChildProcess& m
         return service.endBehindEvent(Way::terminate, m_bus.processId()) && m_bus.restart() &&
                service.start();
     case Fault::busFrozen: {
-        const bool isFrozen = m_bus.freeze();
-        QTest::qWait(int(frozenTime.count()));
+        const bool isFrozen = m_bus.freeze() && isOver(frozenTime);
         m_bus.thaw();
         return isFrozen;
     }
