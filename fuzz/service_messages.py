@@ -1,11 +1,15 @@
 """Well-formed D-Bus messages of random signature and content for the central service, to all its objects."""
 
 import re
+import sys
 
 import dbus
 import dbus.lowlevel
 
 from bus_messages import BUS_PREFIX, TEXTS, ValueMaker, types_of
+
+# Numbers of any length are read: they come as texts.
+sys.set_int_max_str_digits(0)
 
 SERVICE = BUS_PREFIX + ".EventlistHandler"
 QUERY = "sasasasas"
