@@ -273,8 +273,13 @@ class SignalRecorder:
         self.connection.add_signal_receiver(
             self._record, bus_name=BUS_NAME, path_keyword="path", interface_keyword="interface",
             member_keyword="member")
-        # The daemon has taken the rule when it has answered something that came after it.
+        # The daemon has taken the rule when it has answered something that came after it. What the service told
+        # before it answers is of its start, and may be on its way still.
+        with contextlib.suppress(dbus.DBusException):
+            self.connection.call_blocking(BUS_NAME, "/AlarmlistRead", "Interface.AlarmlistRead", "getAlarmState", "s",
+                                          ("",))
         self.connection.get_name_owner("org.freedesktop.DBus")
+        self.poll().clear()
 
     def _record(self, *arguments, path, interface, member):
         values = [bool(value) if isinstance(value, dbus.Boolean) else str(value)

@@ -381,19 +381,23 @@ void tst_EventlistHandlerConvenienceFunctions::leavesTheListAloneWithoutAScheme(
 void tst_EventlistHandlerConvenienceFunctions::emptiesTheListForAnEmptyScheme_data()
 {
     QTest::addColumn<QByteArray>("scheme");
+    QTest::addColumn<QByteArray>("arguments");
+    const QByteArray none = R"(,"Arguments":{})";
 
-    QTest::newRow("an empty object") << QByteArray("{}");
-    QTest::newRow("null") << QByteArray("null");
-    QTest::newRow("a string") << QByteArray(R"("Door open")");
-    QTest::newRow("a number") << QByteArray("7");
-    QTest::newRow("an array") << QByteArray("[1]");
+    QTest::newRow("an empty object") << QByteArray("{}") << none;
+    QTest::newRow("null") << QByteArray("null") << none;
+    QTest::newRow("a string") << QByteArray(R"("Door open")") << none;
+    QTest::newRow("a number") << QByteArray("7") << none;
+    QTest::newRow("an array") << QByteArray("[1]") << none;
+    // The arguments are not looked for.
+    QTest::newRow("an empty object alone") << QByteArray("{}") << QByteArray();
 }
 
 void tst_EventlistHandlerConvenienceFunctions::emptiesTheListForAnEmptyScheme()
 {
     QFETCH(QByteArray, scheme);
-    const QByteArray json =
-        QByteArray(R"({"Arguments":{},"DescriptionScheme":)").append(scheme).append('}');
+    QFETCH(QByteArray, arguments);
+    const QByteArray json = R"({"DescriptionScheme":)" + scheme + arguments + '}';
     QVariantMap textList = english(QStringLiteral("old"));
     m_warnings.expect(
         QStringLiteral("DescriptionsScheme without data. The QVariantMap is empty"),
