@@ -15,7 +15,7 @@ class BusObject : public QObject, public QDBusContext
 public:
     using QObject::QObject;
 
-    /// The unique name of the present caller.
+    /// The unique name of the present caller. Only within a call from the bus.
     QString caller() const { return message().service(); }
 };
 

@@ -186,6 +186,11 @@ int main(int argumentCount, char** arguments)
         else
         {
             isLooping = std::strcmp(arguments[i], "--event-loop") == 0;
+            if (!isLooping && std::strcmp(arguments[i], "--application") != 0)
+            {
+                std::fprintf(stderr, "unknown: %s\n", arguments[i]);
+                return 2;
+            }
             application = std::make_unique<QCoreApplication>(argumentCount, arguments);
         }
     }
