@@ -9,6 +9,7 @@
 
 #include <QDateTime>
 #include <QDir>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <memory>
@@ -43,14 +44,18 @@ QString onTheBus(const QString& text)
     return end < 0 ? arrived : arrived.left(end);
 }
 
-QStringList onTheBus(const QStringList& texts)
+// As the list has what came over the bus: without a byte order mark at the front, and with U+FFFD
+// for what is no character.
+QStringList inTheList(const QStringList& texts)
 {
-    QStringList arrived;
+    static const QRegularExpression marks(QStringLiteral("^\\x{feff}+"));
+    static const QRegularExpression odd(QStringLiteral("[\\x{fffe}\\x{ffff}]"));
+    QStringList kept;
     for (const QString& text : texts)
     {
-        arrived.append(onTheBus(text));
+        kept.append(onTheBus(text).remove(marks).replace(odd, QStringLiteral("\ufffd")));
     }
-    return arrived;
+    return kept;
 }
 
 class List
@@ -207,9 +212,9 @@ Query queryFrom(fuzz::Input& input)
         const int type = input.below(6);
         query.types.append(type == 5 ? onTheBus(input.text()) : onTheBus(QString(QChar(type))));
     }
-    query.eventIds = onTheBus(input.texts(3));
-    query.modules = onTheBus(input.texts(3));
-    query.keywords = onTheBus(input.texts(3));
+    query.eventIds = inTheList(input.texts(3));
+    query.modules = inTheList(input.texts(3));
+    query.keywords = inTheList(input.texts(3));
     query.range = input.below(3);
     query.begin = query.range == 0 && input.below(2) == 0 ? input.below(64) : time(input);
     query.end = query.range == 0 && input.below(2) == 0 ? input.below(64) : time(input);

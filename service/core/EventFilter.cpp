@@ -1,6 +1,7 @@
 #include "core/EventFilter.h"
 
 #include "core/Event.h"
+#include "core/StorableText.h"
 
 #include <QDateTime>
 
@@ -46,19 +47,19 @@ EventFilterBuilder& EventFilterBuilder::eventTypes(const QStringList& elements)
 
 EventFilterBuilder& EventFilterBuilder::eventIds(const QStringList& elements)
 {
-    takeList(elements, m_filter.eventIds);
+    takeList(storable(elements), m_filter.eventIds);
     return *this;
 }
 
 EventFilterBuilder& EventFilterBuilder::moduleNames(const QStringList& elements)
 {
-    takeList(elements, m_filter.moduleNames);
+    takeList(storable(elements), m_filter.moduleNames);
     return *this;
 }
 
 EventFilterBuilder& EventFilterBuilder::keywords(const QStringList& elements)
 {
-    takeList(elements, m_filter.keywords);
+    takeList(storable(elements), m_filter.keywords);
     return *this;
 }
 

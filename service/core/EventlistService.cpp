@@ -4,6 +4,7 @@
 #include "core/EventColumns.h"
 #include "core/MonotonicClock.h"
 #include "core/Names.h"
+#include "core/StorableText.h"
 
 #include <QDateTime>
 #include <QDebug>
@@ -548,6 +549,8 @@ bool EventlistService::writePowerOn(Work& work)
 
 bool EventlistService::writeEvent(Event& event)
 {
+    // All roads meet here, so that the lists in memory hold what the file does.
+    makeStorable(event);
     if (!m_events.append(event) || !m_hashes.apply(event, m_changes.announcements))
     {
         return false;
@@ -599,7 +602,8 @@ bool EventlistService::writeAcknowledgement(const Work& work)
     for (const QString& id : work.alarmIds)
     {
         Event alarm;
-        const AlarmList::Effect effect = m_alarms.acknowledge(id, work.user, work.arrivalMs, alarm);
+        const AlarmList::Effect effect =
+            m_alarms.acknowledge(storable(id), work.user, work.arrivalMs, alarm);
         if (effect == AlarmList::Effect::unknown)
         {
             if (!m_alarms.countRefused())

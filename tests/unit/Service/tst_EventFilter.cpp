@@ -29,6 +29,7 @@ private Q_SLOTS:
     void readsUnixTimes();
     void readsIds();
     void limitsRowsOnlyAboveZero();
+    void looksForTextsAsTheListHasThem();
     void refusesListsThatAreTooLong();
 };
 
@@ -115,6 +116,17 @@ void tst_EventFilter::limitsRowsOnlyAboveZero()
     QCOMPARE(builder().rowLimit(1).filter().rowLimit, qint64(1));
     QCOMPARE(builder().rowLimit(0).filter().rowLimit, qint64(-1));
     QCOMPARE(builder().rowLimit(std::numeric_limits<int>::min()).filter().rowLimit, qint64(-1));
+}
+
+void tst_EventFilter::looksForTextsAsTheListHasThem()
+{
+    const QStringList given{QStringLiteral("\ufeffpump"), QStringLiteral("pump\uffff")};
+    const QStringList kept{QStringLiteral("pump"), QStringLiteral("pump\ufffd")};
+    QCOMPARE(builder().eventIds(given).filter().eventIds, kept);
+    QCOMPARE(builder().moduleNames(given).filter().moduleNames, kept);
+    QCOMPARE(builder().keywords(given).filter().keywords, kept);
+    // No type is made of what is none: the empty text is an alarm.
+    QVERIFY(builder().eventTypes({QStringLiteral("\ufeff")}).filter().matchesNothing);
 }
 
 void tst_EventFilter::refusesListsThatAreTooLong()

@@ -47,6 +47,7 @@ private Q_SLOTS:
     void tellsEverythingAfterAnEndThatWasNoOrderlyOne();
     void countsAlarmsOfTheLastBootAsGone_data();
     void countsAlarmsOfTheLastBootAsGone();
+    void keepsAlarmsApartWhoseIdsTheDatabaseWouldConfuse();
     void forgetsWhatWasRolledBack();
     void keepsTheTimeOfAnAcknowledgement();
     void hearsOperatorsAboveTheNoise();
@@ -293,6 +294,41 @@ void tst_EventlistService::countsAlarmsOfTheLastBootAsGone()
     m_service->stop();
     start();
     QCOMPARE(alarms(), QStringList({s("id 10")}) + rows);
+}
+
+// A row that is there already would pass for damage, and both lists would begin anew.
+void tst_EventlistService::keepsAlarmsApartWhoseIdsTheDatabaseWouldConfuse()
+{
+    const QStringList ids{s("id"),
+                          QChar(0xfeff) + s("id"),
+                          QChar(0xfffe) + s("id"),
+                          QChar(0xffff) + s("id"),
+                          QChar(0xd800) + s("id"),
+                          s("id") + QChar(0xfffe),
+                          s("id") + QChar(0xdc00)};
+    const auto tellAll = [&] {
+        for (const QString& id : ids)
+        {
+            DecodedEvent event = decoded(id, alarm, active);
+            event.event.alarmId = id;
+            m_service->takeEvent(event, s(":1.1"));
+        }
+        QVERIFY(m_service->flush());
+    };
+    const QString odd{QChar(QChar::ReplacementCharacter)};
+    const QStringList expected{s("id") + odd + s(" 10"), odd + s("id") + s(" 10"), s("id 10")};
+    start();
+    tellAll();
+    QCOMPARE(alarms(), expected);
+    QCOMPARE(descriptions().size(), ids.size());
+
+    start();
+    tellAll();
+    QCOMPARE(alarms(), expected);
+    QCOMPARE(descriptions().size(), 2 * ids.size());
+    m_service->acknowledgeAlarms({QChar(0xfeff) + s("id"), s("id") + odd}, s("meier"), s(":1.1"));
+    QCOMPARE(alarms(),
+             QStringList({s("id") + odd + s(" 11"), odd + s("id") + s(" 10"), s("id 11")}));
 }
 
 void tst_EventlistService::forgetsWhatWasRolledBack()
