@@ -12,8 +12,8 @@ import dbus.lowlevel
 BUS_PREFIX = os.environ.get("EVENTLISTHANDLER_BUS_PREFIX", "org.eventlist")
 TEXTS = ("", " ", "/", "//", "..", "../../etc/passwd", "%", "%%", "%1", "%2", "%3", "%10", "%1%2%1", "%L1", "lang_en",
          "lang_de", "0", "1", "-1", "99999999999", "abc", "PumpControl", "pumpcontrol", "PumpControl/OverTemperature",
-         "\x01\x02\x1f", "\x7f\x80\x9f", "\n\r\t", "\"\\'", "{}", "[1,2", "\u202e\u2028\ufeff", "\ufffd", "\U0001f600",
-         "\U0010fffd", "e\u0301", "Pumpe ü €", "null", "%s%n%x", "<b>&amp;")
+         "\x01\x02\x1f", "\x7f\x80\x9f", "\n\r\t", "\"\\'", "{}", "[1,2", "\u202e\u2028\ufeff", "\ufeff", "\ufffd",
+         "\U0001f600", "\ufffe", "\uffff", "\U0010fffd", "e\u0301", "Pumpe ü €", "null", "%s%n%x", "<b>&amp;")
 ENDS_OF_RANGES = {"y": (0, 255), "n": (-2 ** 15, 2 ** 15 - 1), "q": (0, 2 ** 16 - 1), "i": (-2 ** 31, 2 ** 31 - 1),
                   "u": (0, 2 ** 32 - 1), "x": (-2 ** 63, 2 ** 63 - 1), "t": (0, 2 ** 64 - 1)}
 NUMBERS = {"y": dbus.Byte, "n": dbus.Int16, "q": dbus.UInt16, "i": dbus.Int32, "u": dbus.UInt32, "x": dbus.Int64,

@@ -30,7 +30,7 @@ METHODS = (("/EventlistWrite", "Interface.EventlistWrite", "logEvent", "assssass
 LOG_EVENT, DELETE, SUPPRESS = METHODS[:3]
 COLUMNS = ("EventlistId", "EventType", "State", "IconType", "ModuleName", "DateTimeLocal", "TimestampUtc", "User",
            "Description", "KeywordName", "AlarmID", "EventId", "MetaData", "SourceHashType", "SourceHashes")
-ALARM_IDS = ("", "{1}", "{2}", "{3}", "-PumpControl/x")
+ALARM_IDS = ("", "{1}", "\ufeff{1}", "{2}", "{2}\ufffe", "{2}\uffff", "{3}", "-PumpControl/x")
 JSON_TEXTS = ('{"lang_de": "Pumpe %1", "lang_en": "pump %1"}', '{"lang_en": 7}', '{"a": {"a": {}}}', "{}", "[]", "{",
               '{"a": 1, "a": 2}', '{"EventId": "x", "MetaData": "{}", "SourceHashType": 1, "SourceHashes": "h1;h2"}',
               '{"EventId": 1, "MetaData": {"Arguments": []}, "SourceHashType": "x", "SourceHashes": null}')
@@ -99,6 +99,11 @@ def is_number(text, lowest, highest):
     return bool(re.fullmatch(r"\s*[+-]?[0-9]+\s*", text)) and lowest <= int(text) <= highest
 
 
+def kept(text):
+    """A text as the list keeps it: no byte order marks at the front, and U+FFFD for what is no character."""
+    return re.sub("[\ufffe\uffff]", "\ufffd", str(text).lstrip("\ufeff"))
+
+
 def event_of(message):
     """What the list has to show of a good event: module, user, event type and alarm id. None when it is refused."""
     attributes, timestamp, module, description, keywords, user, additional, alarm_id = message.get_args_list()
@@ -108,4 +113,4 @@ def event_of(message):
     size = sum(map(units, (attributes[2], timestamp, module, description, user, additional, alarm_id)))
     if size + sum(units(word) + 1 for word in keywords) > LARGEST_EVENT:
         return None
-    return [str(module), str(user), str(int(attributes[0])), ";".join(map(str, keywords)), str(alarm_id)]
+    return [kept(module), kept(user), str(int(attributes[0])), ";".join(map(kept, keywords)), kept(alarm_id)]
