@@ -74,8 +74,7 @@ void checkLoaded(const QByteArray& content, const QString& name, const QString& 
     fuzz::require(name == QLatin1String("pump"), "what is loaded is the file of this name", name);
     const fuzz::ReferenceJson reference(content);
     fuzz::require(reference.isAcceptable, "what is loaded is good");
-    // Qt drops a U+FEFF at the beginning of a key when it makes a map of an object, and only then.
-    if (content.lastIndexOf("\xEF\xBB\xBF") <= 0)
+    if (!reference.hasMarks)
     {
         fuzz::require(value == walk(url, reference.object), "the leaf has the value of the file",
                       url);
@@ -93,7 +92,7 @@ FUZZ_TARGET(configuration_file)
 
     // As Qt itself writes it, nothing is left to complain about.
     const fuzz::ReferenceJson reference(content);
-    if (reference.isAcceptable)
+    if (reference.isAcceptable && !reference.hasMarks)
     {
         const QByteArray clean = QJsonDocument(reference.object).toJson(QJsonDocument::Compact);
         write(instances().filePath(QStringLiteral("pump.json")), clean);
