@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <iterator>
 #include <utility>
 
 #include <fcntl.h>
@@ -36,6 +37,7 @@ QString newConnectionName()
 
 // Rows of "event" are small and stand close together: a query without an index to help it reads a
 // million of them in a fraction of a second. What is only shown lies apart, in "content".
+// A file whose statements read otherwise is a damaged one: a change here is a new schemaVersion.
 const char* const tables[] = {
     "CREATE TABLE meta(key TEXT PRIMARY KEY, value) WITHOUT ROWID",
     "CREATE TABLE event(id INTEGER PRIMARY KEY, type INTEGER NOT NULL, state INTEGER NOT NULL,"
@@ -287,6 +289,13 @@ bool Database::takeLock()
 
 bool Database::openFile()
 {
+    m_isPrepared = false;
+    if (isMarkedReadOnly())
+    {
+        qWarning() << "The database is damaged:" << m_path;
+        m_failure = Failure::damaged;
+        return false;
+    }
     m_database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connectionName);
     m_database.setDatabaseName(m_path);
     m_database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=1000"));
@@ -326,7 +335,8 @@ bool Database::prepareFile()
     }
     if (version == 0 && application == 0)
     {
-        return makeTables();
+        m_isPrepared = makeTables();
+        return m_isPrepared;
     }
     m_needsCheck = QFileInfo(m_path).size() > checkAtOnceLimit;
     if (version != schemaVersion || application != applicationId || !hasTables() ||
@@ -336,7 +346,21 @@ bool Database::prepareFile()
         m_failure = Failure::damaged;
         return false;
     }
+    m_isPrepared = true;
     return true;
+}
+
+// SQLite opens a file of a newer kind, and refuses to write it only when it comes to that. Such a kind is not there yet.
+// To be asked before SQLite has the file open: closing it here would take its locks.
+bool Database::isMarkedReadOnly() const
+{
+    constexpr qint64 headerSize = 100;
+    constexpr int writeVersionAt = 18;
+    constexpr char newestWriteVersion = 2;
+    QFile file(m_path);
+    const QByteArray header = file.open(QFile::ReadOnly) ? file.read(headerSize) : QByteArray();
+    return header.size() == headerSize && header.startsWith("SQLite format 3") &&
+           (header.at(writeVersionAt) < 1 || header.at(writeVersionAt) > newestWriteVersion);
 }
 
 bool Database::makeTables()
@@ -349,8 +373,6 @@ bool Database::makeTables()
     {
         if (!run(QString::fromLatin1(table)))
         {
-            // A table of this name in a file that is not ours.
-            m_failure = Failure::damaged;
             rollback();
             return false;
         }
@@ -361,16 +383,20 @@ bool Database::makeTables()
            run(QStringLiteral("PRAGMA user_version=%1").arg(schemaVersion)) && commit();
 }
 
+// SQLite keeps the statements and reads them anew each time: a letter that was damaged there makes
+// another column, and nothing that SQLite itself would call damage.
 bool Database::hasTables()
 {
-    QSqlQuery& query = statement(
-        QStringLiteral("SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name IN"
-                       " ('meta', 'event', 'content', 'alarm', 'spool_seen', 'registered_hash',"
-                       " 'source_icon')"));
-    constexpr int tableCount = 7;
-    const bool isComplete = run(query) && query.next() && query.value(0).toInt() == tableCount;
+    QSqlQuery& query = statement(QStringLiteral("SELECT sql FROM sqlite_schema"));
+    QStringList found;
+    for (bool isThere = run(query) && query.next(); isThere; isThere = query.next())
+    {
+        found.append(query.value(0).toString());
+    }
     query.finish();
-    return isComplete;
+    return std::all_of(std::begin(tables), std::end(tables), [&](const char* table) {
+        return found.contains(QString::fromLatin1(table));
+    });
 }
 
 // The names of the files that were put aside, the oldest first.
@@ -438,13 +464,15 @@ bool Database::putAside()
 void Database::note(const QSqlError& error, const QString& what)
 {
     // The lower eight bits are the primary result code. A number that is given out exists already:
-    // then the file contradicts itself as well.
+    // then the file contradicts itself as well. And what prepares a file is good for any that is
+    // ours, so that a statement which makes no sense there tells of the file.
+    constexpr int sqliteError = 1;
     constexpr int sqliteCorrupt = 11;
     constexpr int sqliteConstraint = 19;
     constexpr int sqliteNotADatabase = 26;
     const int code = error.nativeErrorCode().toInt() & 0xff;
-    const bool isDamaged =
-        code == sqliteCorrupt || code == sqliteNotADatabase || code == sqliteConstraint;
+    const bool isDamaged = code == sqliteCorrupt || code == sqliteNotADatabase ||
+                           code == sqliteConstraint || (code == sqliteError && !m_isPrepared);
     const bool isFirst = m_failure == Failure::none;
     if (m_failure != Failure::damaged)
     {

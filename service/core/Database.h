@@ -103,6 +103,7 @@ public:
 
 private:
     bool takeLock();
+    bool isMarkedReadOnly() const;
     bool openFile();
     bool prepareFile();
     bool makeTables();
@@ -119,6 +120,7 @@ private:
     QSqlDatabase m_database;
     QHash<QString, std::shared_ptr<QSqlQuery>> m_statements;
     int m_lock = -1;
+    bool m_isPrepared = false;
     bool m_needsCheck = false;
     Failure m_failure = Failure::none;
     LogLimiter m_limiter{5, 10000};

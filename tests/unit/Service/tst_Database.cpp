@@ -22,6 +22,10 @@ private Q_SLOTS:
     void keepsWhatWasCommittedAndNothingElse();
     void refusesAFileThatAnotherOneHasOpen();
     void putsADamagedFileAside();
+    void putsAFileAsideWhoseTablesReadOtherwise_data();
+    void putsAFileAsideWhoseTablesReadOtherwise();
+    void putsAFileAsideThatCannotBeUsed_data();
+    void putsAFileAsideThatCannotBeUsed();
     void countsOnWhenTheClockWasSetBack();
     void countsOnAfterAnEndBetweenTwoFiles();
     void findsDamageInTheMiddle();
@@ -103,6 +107,73 @@ void tst_Database::putsADamagedFileAside()
     QCOMPARE(QFile(m_folder->filePath(aside.constFirst())).size(), qint64(10000));
     // Numbers go on where no earlier list can have been.
     QVERIFY(database.metaValue(QStringLiteral("last_id")).toLongLong() > 1000000000000);
+}
+
+void tst_Database::putsAFileAsideWhoseTablesReadOtherwise_data()
+{
+    QTest::addColumn<QByteArray>("letters");
+    QTest::addColumn<QByteArray>("damaged");
+    QTest::newRow("a column has another name")
+        << QByteArray("alarm_id TEXT") << QByteArray("alarm_if TEXT");
+    QTest::newRow("a column has another type")
+        << QByteArray("icon TEXT NOT") << QByteArray("icon SEXT NOT");
+    QTest::newRow("a column may be empty")
+        << QByteArray("module TEXT NOT NULL") << QByteArray("module TEXT NOU NULL");
+    QTest::newRow("an index is on another column")
+        << QByteArray("ON source_icon(event)") << QByteArray("ON source_icon(icon )");
+}
+
+// All that SQLite itself calls sound.
+void tst_Database::putsAFileAsideWhoseTablesReadOtherwise()
+{
+    QFETCH(QByteArray, letters);
+    QFETCH(QByteArray, damaged);
+    QCOMPARE(Database(path()).open(), Database::Opened::asNew);
+    QFile file(path());
+    QVERIFY(file.open(QFile::ReadWrite));
+    QByteArray content = file.readAll();
+    QVERIFY(content.contains(letters));
+    content.replace(letters, damaged);
+    QVERIFY(file.seek(0) && file.write(content) == content.size());
+    file.close();
+    QVERIFY(Database::isSound(path()));
+
+    m_warnings.expectMatch(QStringLiteral("The database is damaged: .*"));
+    m_warnings.expectMatch(QStringLiteral("The damaged database was put aside as .*"));
+    QCOMPARE(Database(path()).open(), Database::Opened::inPlaceOfDamaged);
+}
+
+void tst_Database::putsAFileAsideThatCannotBeUsed_data()
+{
+    QTest::addColumn<int>("position");
+    QTest::addColumn<int>("value");
+    QTest::addColumn<QString>("warning");
+    const QString isDamaged = QStringLiteral("The database is damaged: .*");
+    QTest::newRow("of a kind that is only read") << 18 << 3 << isDamaged;
+    QTest::newRow("of no kind") << 18 << 0 << isDamaged;
+    QTest::newRow("not to be read")
+        << 19 << 3 << QStringLiteral("Database: .*file is not a database.*");
+    QTest::newRow("of a format that is not there")
+        << 47 << 5 << QStringLiteral("Database: .*unsupported file format.*");
+    QTest::newRow("of another version") << 63 << 2 << isDamaged;
+    QTest::newRow("of another program") << 71 << 2 << isDamaged;
+}
+
+// One byte of the header decides.
+void tst_Database::putsAFileAsideThatCannotBeUsed()
+{
+    QFETCH(int, position);
+    QFETCH(int, value);
+    QFETCH(QString, warning);
+    QCOMPARE(Database(path()).open(), Database::Opened::asNew);
+    QFile file(path());
+    QVERIFY(file.open(QFile::ReadWrite) && file.seek(position) && file.putChar(char(value)));
+    file.close();
+    m_warnings.expectMatch(warning);
+    m_warnings.expectMatch(QStringLiteral("The damaged database was put aside as .*"));
+    Database database(path());
+    QCOMPARE(database.open(), Database::Opened::inPlaceOfDamaged);
+    QVERIFY(database.setMetaValue(QStringLiteral("written"), 1));
 }
 
 // A clock that was set back shows in a file that was put aside later than now.
