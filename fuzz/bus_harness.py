@@ -13,24 +13,12 @@ import dbus
 import dbus.bus
 import dbus.lowlevel
 
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tests", "support"))
+import private_bus  # pylint: disable=wrong-import-position
+
 START_S = 60
-# A system bus in all that matters here. It takes what a fast sender has in hand, and forged signals.
-BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC
- "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <type>system</type>
-  <auth>EXTERNAL</auth>
-  <listen>unix:path={path}</listen>
-  <policy context="default">
-    <allow user="*"/><allow own="*"/>
-    <allow send_destination="*" eavesdrop="true"/><allow receive_sender="*"/>
-  </policy>
-  <limit name="max_incoming_bytes">1000000000</limit>
-  <limit name="max_outgoing_bytes">1000000000</limit>
-  <limit name="max_replies_per_connection">50000</limit>
-</busconfig>
-"""
+# A fast sender has much in hand, and does not wait for answers.
+BUS_LIMITS = {"max_incoming_bytes": 1000000000, "max_outgoing_bytes": 1000000000, "max_replies_per_connection": 50000}
 # Growth of the resident memory from the second to the last quarter of the samples, the least of each: a single large
 # event leaves a peak behind for a while, a leak lifts the ground.
 GROWTH = 1.10
@@ -58,13 +46,9 @@ def deadline(seconds):
 
 class Bus:
     def __init__(self, folder):
-        path = os.path.join(folder, "bus")
-        self.address = "unix:path=" + path
-        configuration = path + ".conf"
-        with open(configuration, "w", encoding="utf-8") as file:
-            file.write(BUS_CONFIGURATION.format(path=path))
-        self._process = subprocess.Popen(["dbus-daemon", "--config-file=" + configuration, "--nofork", "--nopidfile",
-                                          "--print-address=1"], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        self.address = private_bus.address_in(folder)
+        self._process = subprocess.Popen(private_bus.daemon_command(folder, **BUS_LIMITS), stdout=subprocess.PIPE,
+                                         stderr=subprocess.DEVNULL)
         self._process.stdout.readline()
 
     def connect(self):

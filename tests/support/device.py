@@ -21,22 +21,10 @@ from pathlib import Path
 
 import dbus
 
+import private_bus
+
 DEADLINE_S = 30
 CENTRAL_SERVICE = "org.eventlist.EventlistHandler"
-
-CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <type>system</type>
-  <listen>unix:path={socket}</listen>
-  <auth>EXTERNAL</auth>
-  <policy context="default">
-    <allow send_destination="*" eavesdrop="true"/>
-    <allow eavesdrop="true"/>
-    <allow own="*"/>
-  </policy>
-</busconfig>
-"""
 
 
 def pause():
@@ -142,7 +130,7 @@ class Device:
 
     @property
     def address(self):
-        return f"unix:path={self.folder}/bus"
+        return private_bus.address_in(self.folder)
 
     def __enter__(self):
         self.start_bus()
@@ -157,11 +145,8 @@ class Device:
         shutil.rmtree(self.folder)
 
     def start_bus(self):
-        configuration = self.folder / "bus.conf"
-        configuration.write_text(CONFIGURATION.format(socket=self.folder / "bus"), encoding="utf-8")
-        (self.folder / "bus").unlink(missing_ok=True)
-        self.bus = Program(["dbus-daemon", f"--config-file={configuration}", "--nofork", "--nopidfile",
-                            "--print-address=1"])
+        Path(private_bus.socket_in(self.folder)).unlink(missing_ok=True)
+        self.bus = Program(private_bus.daemon_command(self.folder))
         self.bus.wait_for("guid=")
         self.connection = dbus.bus.BusConnection(self.address)
         self.connection.set_exit_on_disconnect(False)

@@ -23,6 +23,9 @@ import dbus.lowlevel
 from dbus.mainloop.glib import DBusGMainLoop
 from gi.repository import GLib
 
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "support"))
+import private_bus  # pylint: disable=wrong-import-position
+
 EVENTLISTD = os.environ["EVENTLISTHANDLER_EVENTLISTD"]
 TEXTS = os.environ["EVENTLISTHANDLER_TEXT_FOLDER"]
 BUS_NAME = os.environ.get("EVENTLISTHANDLER_BUS_PREFIX", "org.eventlist") + ".EventlistHandler"
@@ -31,20 +34,6 @@ PATIENCE = int(os.environ.get("EVENTLISTHANDLER_TEST_PATIENCE", "1"))
 # The campaign makes the same tests at full size.
 IS_CAMPAIGN = os.environ.get("EVENTLISTHANDLER_TEST_CAMPAIGN") == "1"
 DEADLINE_S = (600 if IS_CAMPAIGN else 30) * PATIENCE
-
-BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC
- "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <type>system</type>
-  <auth>EXTERNAL</auth>
-  <listen>unix:path={path}</listen>
-  <policy context="default">
-    <allow user="*"/><allow own="*"/>
-    <allow send_destination="*" eavesdrop="true"/><allow receive_sender="*"/>
-  </policy>
-</busconfig>
-"""
 
 
 def wait_for(condition, what):
@@ -62,19 +51,15 @@ class Bus:
     """A dbus-daemon with the limits of a system bus."""
 
     def __init__(self, folder):
-        self.address = "unix:path=" + os.path.join(folder, "bus")
-        self._socket = os.path.join(folder, "bus")
-        self._configuration = os.path.join(folder, "bus.conf")
-        with open(self._configuration, "w", encoding="utf-8") as file:
-            file.write(BUS_CONFIGURATION.format(path=self._socket))
+        self.address = private_bus.address_in(folder)
+        self._folder = folder
         self._process = None
 
     def start(self):
         with contextlib.suppress(FileNotFoundError):
-            os.remove(self._socket)
-        self._process = subprocess.Popen(
-            ["dbus-daemon", "--config-file=" + self._configuration, "--nofork", "--nopidfile",
-             "--print-address=1"], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+            os.remove(private_bus.socket_in(self._folder))
+        self._process = subprocess.Popen(private_bus.daemon_command(self._folder), stdout=subprocess.PIPE,
+                                         stderr=subprocess.DEVNULL)
         self._process.stdout.readline()
 
     def kill(self):
