@@ -1,12 +1,11 @@
 #!/usr/bin/env python3
 """Checks who includes whom: the edges of cmake/layers.txt, full paths, order of includes, one class for each file."""
 
-import argparse
 import re
 import sys
 from pathlib import Path
 
-from project_files import CPP, files, without_comments_and_texts
+from project_files import CPP, files, run_check, without_comments_and_texts
 
 LONGEST_FILE = 800
 INCLUDE = re.compile(r'^\s*#\s*include\s+(?P<mark>["<])(?P<path>[^">]+)[">]')
@@ -260,15 +259,5 @@ class Checker:
         return self.problems
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--root", type=Path, default=Path(__file__).resolve().parent.parent)
-    problems = Checker(parser.parse_args().root).run()
-    for problem in problems:
-        print(problem)
-    print(f"layering: {len(problems)} problems" if problems else "layering: clean")
-    return 1 if problems else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(run_check(lambda root: Checker(root).run(), "layering", __doc__))

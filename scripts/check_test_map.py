@@ -2,10 +2,11 @@
 """Checks docs/test-map.md and docs/failure-handbook.md: every test that they name exists and is registered, every
 warning that the handbook quotes stands in the sources, and every warning of the library stands in the handbook."""
 
-import argparse
 import re
 import sys
 from pathlib import Path
+
+from project_files import run_check
 
 MAP = Path("docs/test-map.md")
 HANDBOOK = Path("docs/failure-handbook.md")
@@ -158,15 +159,5 @@ class Checker:
         return self.problems
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--root", type=Path, default=Path(__file__).resolve().parent.parent)
-    problems = Checker(parser.parse_args().root).run()
-    for problem in problems:
-        print(problem)
-    print(f"test map: {len(problems)} problems" if problems else "test map: clean")
-    return 1 if problems else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(run_check(lambda root: Checker(root).run(), "test map", __doc__))

@@ -2,12 +2,10 @@
 """Checks for words that do not belong into this project: calls that are known to fail us, unfinished work, and
 references to papers and machines that a reader does not have."""
 
-import argparse
 import re
 import sys
-from pathlib import Path
 
-from project_files import CODE, CPP, files, without_comments_and_texts
+from project_files import CODE, CPP, files, run_check, without_comments_and_texts
 
 # In C++ code, outside of comments and texts.
 CPP_CODE = (
@@ -93,15 +91,5 @@ def check(root):
     return problems
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--root", type=Path, default=Path(__file__).resolve().parent.parent)
-    problems = check(parser.parse_args().root)
-    for problem in problems:
-        print(problem)
-    print(f"words: {len(problems)} problems" if problems else "words: clean")
-    return 1 if problems else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(run_check(check, "words", __doc__))

@@ -1,5 +1,6 @@
 """The project's own files, found without any version control, so that a check also works on an unpacked archive."""
 
+import argparse
 import os
 import re
 from pathlib import Path
@@ -14,6 +15,18 @@ CPP = (".h", ".cpp")
 
 # A quote behind these parts the digits of a number.
 DIGITS_BEFORE = re.compile(r"(?<!\w)\d[\w']*$")
+
+
+def run_check(check, name, description):
+    """The command line of a check: looks at the project, or at the folder of --root, and tells the problems that
+    check(root) found. Returns the exit code."""
+    parser = argparse.ArgumentParser(description=description)
+    parser.add_argument("--root", type=Path, default=Path(__file__).resolve().parent.parent)
+    problems = check(parser.parse_args().root)
+    for problem in problems:
+        print(problem)
+    print(f"{name}: {len(problems)} problems" if problems else f"{name}: clean")
+    return 1 if problems else 0
 
 
 def is_made(name):
