@@ -17,6 +17,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 import private_bus  # pylint: disable=wrong-import-position
 
 START_S = 60
+MEMORY = "/dev/shm"
 # A fast sender has much in hand, and does not wait for answers.
 BUS_LIMITS = {"max_incoming_bytes": 1000000000, "max_outgoing_bytes": 1000000000, "max_replies_per_connection": 50000}
 # Growth of the resident memory from the second to the last quarter of the samples, the least of each: a single large
@@ -325,7 +326,8 @@ def run(harness_class, description, add_arguments=lambda parser: None):
     parser.add_argument("--expect-crash", action="store_true", help="succeed when the program crashes, and only then")
     add_arguments(parser)
     arguments = parser.parse_args()
-    with tempfile.TemporaryDirectory(prefix="bus-fuzz-") as folder:
+    # What the disk takes is no matter of messages, and an answer is not to wait for it.
+    with tempfile.TemporaryDirectory(prefix="bus-fuzz-", dir=MEMORY if os.path.isdir(MEMORY) else None) as folder:
         harness = harness_class(arguments, folder)
         try:
             harness.run()
