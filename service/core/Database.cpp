@@ -467,6 +467,7 @@ void Database::note(const QSqlError& error, const QString& what)
     // then the file contradicts itself as well. And what prepares a file is good for any that is
     // ours, so that a statement which makes no sense there tells of the file.
     constexpr int sqliteError = 1;
+    constexpr int sqliteReadOnly = 8;
     constexpr int sqliteCorrupt = 11;
     constexpr int sqliteConstraint = 19;
     constexpr int sqliteNotADatabase = 26;
@@ -476,7 +477,9 @@ void Database::note(const QSqlError& error, const QString& what)
     const bool isFirst = m_failure == Failure::none;
     if (m_failure != Failure::damaged)
     {
-        m_failure = isDamaged ? Failure::damaged : Failure::passing;
+        m_failure = isDamaged                ? Failure::damaged
+                    : code == sqliteReadOnly ? Failure::readOnly
+                                             : Failure::passing;
     }
     // What fails after it is the same trouble.
     if (isFirst && m_limiter.allows())

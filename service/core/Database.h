@@ -22,8 +22,11 @@ public:
     enum class Failure
     {
         none,
-        /// No space, no rights, an I/O error: the file is whole, the same may work later.
+        /// No space, an I/O error: the file is whole, the same may work later.
         passing,
+        /// The file was opened without the right to write it: the same may work after it was opened
+        /// anew.
+        readOnly,
         /// The content cannot be trusted any more.
         damaged
     };

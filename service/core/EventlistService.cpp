@@ -693,7 +693,13 @@ void EventlistService::onFailure()
         replaceDatabase();
         return;
     }
+    const bool isReadOnly = m_database.failure() == Database::Failure::readOnly;
     beginWaiting();
+    if (isReadOnly)
+    {
+        m_database.close();
+        return;
+    }
     m_events.load();
     m_alarms.load();
     m_hashes.load();

@@ -1,8 +1,11 @@
 #include "core/EventlistService.h"
 
 #include "TestSupport/FakeTextManager.h"
+#include "TestSupport/WarningRecorder.h"
 
 #include <QDateTime>
+#include <QFile>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QSqlDatabase>
 #include <QSqlQuery>
@@ -11,6 +14,9 @@
 
 #include <memory>
 
+#include <sys/fsuid.h>
+#include <sys/stat.h>
+
 using namespace eventlistd;
 
 namespace
@@ -18,6 +24,17 @@ namespace
 QString s(const char* text)
 {
     return QString::fromUtf8(text);
+}
+
+// Makes each writing of a named value fail.
+QString trigger()
+{
+    return s("CREATE TRIGGER fails BEFORE INSERT ON meta BEGIN SELECT missing(); END");
+}
+
+QString missing()
+{
+    return s("\"no such function: missing .*\" in \"INSERT OR REPLACE INTO meta.*");
 }
 
 DecodedEvent decoded(const QString& description, int type = otherEvents, int state = neutral)
@@ -36,7 +53,9 @@ class tst_EventlistService : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
+    void initTestCase();
     void init();
+    void cleanup();
     void writesFromTheEventLoopAndTellsIt();
     void answersWithEverythingThatCameBefore();
     void tellsPowerOnFromRestart_data();
@@ -48,6 +67,7 @@ private Q_SLOTS:
     void countsAlarmsOfTheLastBootAsGone_data();
     void countsAlarmsOfTheLastBootAsGone();
     void keepsAlarmsApartWhoseIdsTheDatabaseWouldConfuse();
+    void worksAgainWhenItMayWriteItsFileAgain();
     void forgetsWhatWasRolledBack();
     void keepsTheTimeOfAnAcknowledgement();
     void hearsOperatorsAboveTheNoise();
@@ -60,21 +80,47 @@ private:
     QStringList eventIds();
     QStringList alarms();
     bool runBeside(const QString& sql);
+    void expectAFailure(const QStringList& failures);
 
     FakeTextManager m_texts;
     std::unique_ptr<QTemporaryDir> m_folder;
     EventlistService::Settings m_settings;
     std::unique_ptr<EventlistService> m_service;
+    WarningRecorder m_warnings;
 };
+
+void tst_EventlistService::initTestCase()
+{
+    // As its signal names it.
+    qRegisterMetaType<AlarmList::States>("AlarmList::States");
+}
 
 void tst_EventlistService::init()
 {
+    m_warnings.start();
     m_service.reset();
     m_folder = std::make_unique<QTemporaryDir>();
     m_settings = EventlistService::Settings();
     m_settings.databasePath = m_folder->filePath(s("list.sqlite"));
     m_settings.spool.folder = m_folder->filePath(s("spool"));
     m_settings.bootId = s("first boot");
+}
+
+void tst_EventlistService::cleanup()
+{
+    m_service.reset();
+    VERIFY_WARNINGS(m_warnings);
+}
+
+// What a database says that cannot be written, once events wait for it and again when it can.
+void tst_EventlistService::expectAFailure(const QStringList& failures)
+{
+    for (const QString& failure : failures)
+    {
+        m_warnings.expectMatch(s("Database: ") + failure);
+    }
+    m_warnings.expect(s("The database takes nothing; events wait in memory"));
+    m_warnings.expect(s("The database works again"));
 }
 
 void tst_EventlistService::start()
@@ -189,6 +235,7 @@ void tst_EventlistService::dropsWhatOneSenderSendsTooMuch()
 {
     m_settings.senderLimits.eventBurst = 3;
     m_settings.senderLimits.eventsPerSecond = 0.001;
+    m_warnings.expect(s("Too many events of \":1.1\" - dropped: 7"));
     start();
     int admitted = 0;
     for (int i = 0; i < 10; ++i)
@@ -271,6 +318,10 @@ void tst_EventlistService::countsAlarmsOfTheLastBootAsGone()
     QFETCH(QString, secondBoot);
     QFETCH(QStringList, rows);
     QFETCH(bool, isActive);
+    if (!isActive)
+    {
+        m_warnings.expect(s("The device was switched on anew: what was active counts as gone"));
+    }
     start();
     for (const char* id : {"acknowledged", "open"})
     {
@@ -331,6 +382,44 @@ void tst_EventlistService::keepsAlarmsApartWhoseIdsTheDatabaseWouldConfuse()
              QStringList({s("id") + odd + s(" 11"), odd + s("id") + s(" 10"), s("id 11")}));
 }
 
+// What was opened without the right to write stays so, whatever becomes of the file's rights.
+void tst_EventlistService::worksAgainWhenItMayWriteItsFileAgain()
+{
+    start();
+    m_service->takeEvent(decoded(s("before")), s(":1.1"));
+    QVERIFY(m_service->flush());
+    m_service.reset();
+    const QByteArray file = QFile::encodeName(m_settings.databasePath);
+    constexpr uid_t nobody = 65534;
+    constexpr uid_t unchanged = uid_t(-1);
+    const bool isRoot = ::setfsuid(unchanged) == 0;
+    const auto setRights = [&](bool mayWrite) {
+        if (!isRoot)
+        {
+            return ::chmod(file.constData(), mayWrite ? 0600 : 0400) == 0;
+        }
+        // Nothing is forbidden to root but to be somebody else.
+        const uid_t user = mayWrite ? 0 : nobody;
+        ::setfsuid(user);
+        return uid_t(::setfsuid(unchanged)) == user;
+    };
+    if (isRoot)
+    {
+        QVERIFY(QFile::remove(m_settings.databasePath + s(".lock")));
+        QCOMPARE(::chmod(file.constData(), 0644), 0);
+        QCOMPARE(::chmod(QFile::encodeName(m_folder->path()).constData(), 0777), 0);
+    }
+    QVERIFY(setRights(false));
+    const auto giveBack = qScopeGuard([&] { setRights(true); });
+    const QString readOnly = s("\"attempt to write a readonly database .*\" in \"INSERT ");
+    expectAFailure({readOnly + s("OR REPLACE INTO meta.*"), readOnly + s("INTO event.*")});
+    start();
+    m_service->takeEvent(decoded(s("after")), s(":1.1"));
+    QVERIFY(!m_service->flush());
+    QVERIFY(setRights(true));
+    QTRY_COMPARE(descriptions(), QStringList({s("before"), s("after")}));
+}
+
 void tst_EventlistService::forgetsWhatWasRolledBack()
 {
     m_settings.maximumAlarms = 1;
@@ -343,7 +432,8 @@ void tst_EventlistService::forgetsWhatWasRolledBack()
     QCOMPARE(m_service->registerHash(s("abcd")), HashRegister::Result::registered);
 
     // Fails behind the entry about the overflow, when the central detector is set.
-    QVERIFY(runBeside(s("CREATE TRIGGER fails BEFORE INSERT ON meta BEGIN SELECT missing(); END")));
+    expectAFailure({missing()});
+    QVERIFY(runBeside(trigger()));
     DecodedEvent second = decoded(s("second"), alarm, active);
     second.event.alarmId = s("second");
     second.event.icon = s("EventlistAlarmOn");
@@ -365,7 +455,8 @@ void tst_EventlistService::keepsTheTimeOfAnAcknowledgement()
     start();
     m_service->takeEvent(decoded(s("on"), alarm, active), s(":1.1"));
     QVERIFY(m_service->flush());
-    QVERIFY(runBeside(s("CREATE TRIGGER fails BEFORE INSERT ON meta BEGIN SELECT missing(); END")));
+    expectAFailure({missing()});
+    QVERIFY(runBeside(trigger()));
     m_service->acknowledgeAlarms({s("id")}, s("meier"), s(":1.1"));
     m_service->acknowledgeCentralDetector(s("meier"), s(":1.1"));
     const qint64 latest = QDateTime::currentMSecsSinceEpoch();
@@ -411,8 +502,8 @@ void tst_EventlistService::namesWhoseAcknowledgementIsRefused()
     start();
     m_service->takeEvent(decoded(s("on"), alarm, active), s(":1.1"));
     m_service->acknowledgeCentralDetector(s("meier"), s(":1.1"));
-    QTest::ignoreMessage(QtWarningMsg, "An acknowledgement by \"schmidt\" from \":1.1\" is refused:"
-                                       " too many of them");
+    m_warnings.expect(
+        s("An acknowledgement by \"schmidt\" from \":1.1\" is refused: too many of them"));
     m_service->acknowledgeAlarms({s("id")}, s("schmidt"), s(":1.1"));
     QCOMPARE(alarms(), QStringList({s("id 10")}));
     m_service->acknowledgeAlarms({s("id")}, s("schmidt"), s(":1.2"));
@@ -430,8 +521,8 @@ void tst_EventlistService::keepsRoomForAcknowledgementsInTheQueue()
     filler.event.description = QString(10000 - filler.event.size(), QLatin1Char('x'));
     m_service->takeEvent(filler, s(":1.1"));
     m_service->takeEvent(decoded(s("too much")), s(":1.1"));
-    QTest::ignoreMessage(QtWarningMsg, "An acknowledgement by \"schmidt\" from \":1.1\" is refused:"
-                                       " the queue is full");
+    m_warnings.expect(
+        s("An acknowledgement by \"schmidt\" from \":1.1\" is refused: the queue is full"));
     m_service->acknowledgeAlarms({s("much too long")}, s("schmidt"), s(":1.1"));
     m_service->acknowledgeAlarms({s("id")}, s("meier"), s(":1.1"));
     QCOMPARE(alarms(), QStringList({s("id 11")}));

@@ -32,7 +32,9 @@ void tst_StorableText::initTestCase()
 
 void tst_StorableText::cleanupTestCase()
 {
-    QSqlDatabase::removeDatabase(QSqlDatabase::database().connectionName());
+    const QString connection = QSqlDatabase::database().connectionName();
+    QSqlDatabase::database().close();
+    QSqlDatabase::removeDatabase(connection);
 }
 
 QString tst_StorableText::throughTheDatabase(const QString& text)
