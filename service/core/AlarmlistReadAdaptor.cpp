@@ -1,8 +1,8 @@
 #include "core/AlarmlistReadAdaptor.h"
 
+#include "core/AnsweredQuery.h"
 #include "core/BusObject.h"
 #include "core/EventlistService.h"
-#include "core/MonotonicClock.h"
 
 namespace eventlistd
 {
@@ -35,27 +35,8 @@ AlarmlistReadAdaptor::AlarmlistReadAdaptor(BusObject* object, EventlistService& 
 
 QVariantMap AlarmlistReadAdaptor::getCompleteAlarmlist(const QString& queryContext)
 {
-    QString errorName;
-    QString error;
-    QVariantMap answer;
-    SenderRegistry& senders = m_service.senders();
-    if (!senders.admitQuery(m_object.caller()))
-    {
-        errorName = QStringLiteral("org.freedesktop.DBus.Error.LimitsExceeded");
-        error = QStringLiteral("Too many queries, try again later");
-    }
-    else
-    {
-        errorName = QStringLiteral("org.freedesktop.DBus.Error.IOError");
-        const qint64 begin = monotonicMs();
-        answer = m_service.alarms(queryContext, error);
-        senders.chargeQuery(m_object.caller(), monotonicMs() - begin);
-    }
-    if (!error.isEmpty())
-    {
-        m_object.sendErrorReply(errorName, error);
-    }
-    return answer;
+    return answeredQuery(m_object, m_service.senders(),
+                         [&](QString& error) { return m_service.alarms(queryContext, error); });
 }
 
 QVariantMap AlarmlistReadAdaptor::getAlarmState(const QString& queryContext)

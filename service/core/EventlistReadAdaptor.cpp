@@ -1,9 +1,9 @@
 #include "core/EventlistReadAdaptor.h"
 
+#include "core/AnsweredQuery.h"
 #include "core/BusObject.h"
 #include "core/EventFilter.h"
 #include "core/EventlistService.h"
-#include "core/MonotonicClock.h"
 
 namespace eventlistd
 {
@@ -78,27 +78,13 @@ QVariantMap EventlistReadAdaptor::answer(const EventFilterBuilder& filter)
 {
     if (!filter.isValid())
     {
-        return refuse(
+        m_object.sendErrorReply(
             QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"),
             QStringLiteral("A filter list has more than %1 elements").arg(longestFilterList));
+        return {};
     }
-    if (!m_service.senders().admitQuery(m_object.caller()))
-    {
-        return refuse(QStringLiteral("org.freedesktop.DBus.Error.LimitsExceeded"),
-                      QStringLiteral("Too many queries, try again later"));
-    }
-    QString error;
-    const qint64 begin = monotonicMs();
-    const QVariantMap events = m_service.events(filter.filter(), error);
-    m_service.senders().chargeQuery(m_object.caller(), monotonicMs() - begin);
-    return error.isEmpty() ? events
-                           : refuse(QStringLiteral("org.freedesktop.DBus.Error.IOError"), error);
-}
-
-QVariantMap EventlistReadAdaptor::refuse(const QString& error, const QString& text)
-{
-    m_object.sendErrorReply(error, text);
-    return {};
+    return answeredQuery(m_object, m_service.senders(),
+                         [&](QString& error) { return m_service.events(filter.filter(), error); });
 }
 
 } // namespace eventlistd

@@ -47,7 +47,6 @@ Q_SIGNALS:
 
 private:
     QVariantMap answer(const EventFilterBuilder& filter);
-    QVariantMap refuse(const QString& error, const QString& text);
 
     BusObject& m_object;
     EventlistService& m_service;

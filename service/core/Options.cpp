@@ -72,6 +72,12 @@ Options Options::parse(const QStringList& arguments)
     option("max-alarms", "Rows of the alarm list. Default 10000.", "n");
     option("sender-rate", "Events a second that one sender may send on and on. Default 5000.", "n");
     option("sender-burst", "Events that one sender may send at once. Default 250000.", "n");
+    option(
+        "query-rate",
+        "Milliseconds of a second that the queries of one sender may take on and on. Default 500.",
+        "ms");
+    option("query-burst",
+           "Milliseconds that the queries of one sender may take at once. Default 10000.", "ms");
     option("check", "Checks a database and ends: 0 when it is sound, 5 when it is damaged.",
            "file");
 
@@ -101,6 +107,8 @@ Options Options::parse(const QStringList& arguments)
     numbers.read(QStringLiteral("max-alarms"), options.service.maximumAlarms);
     numbers.read(QStringLiteral("sender-rate"), options.service.senderLimits.eventsPerSecond);
     numbers.read(QStringLiteral("sender-burst"), options.service.senderLimits.eventBurst);
+    numbers.read(QStringLiteral("query-rate"), options.service.senderLimits.queryMsPerSecond);
+    numbers.read(QStringLiteral("query-burst"), options.service.senderLimits.queryMsBurst);
     return numbers.error.isEmpty() ? options : refusal(numbers.error);
 }
 

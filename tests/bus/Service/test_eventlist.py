@@ -408,6 +408,50 @@ class Flood(ServiceTest):
         other.close()
 
 
+class FloodOfQueries(ServiceTest):
+    """One that has used up its time gets hardly any more: a thousandth."""
+
+    arguments = ("--query-rate", "1", "--query-burst", "300")
+    EVENTS = 3000
+
+    def setUp(self):
+        super().setUp()
+        for number in range(self.EVENTS):
+            self.client.log_event(description=str(number))
+
+    def answers_until_refused(self):
+        answers = 0
+        while True:
+            try:
+                self.client.complete()
+            except dbus.DBusException as error:
+                return answers, error.get_dbus_name(), error.get_dbus_message()
+            answers += 1
+
+    def test_a_reader_that_floods_is_refused_and_others_are_not(self):
+        answers, name, text = self.answers_until_refused()
+        self.assertGreater(answers, 0)
+        self.assertEqual((name, text), ("org.freedesktop.DBus.Error.LimitsExceeded",
+                                        "Too many queries, try again later"))
+        with self.assertRaisesRegex(dbus.DBusException, "LimitsExceeded"):
+            self.client.alarms()
+        other = Client(self.bus)
+        self.assertEqual(len(other.complete().rows), self.EVENTS + 1)
+        self.assertEqual(other.alarms().rows, [])
+        other.close()
+        # What is logged is no query.
+        self.client.log_event(description="logged", module="refused")
+        other = Client(self.bus)
+        self.assertEqual(other.descriptions("refused"), ["logged"])
+        other.close()
+
+    def test_a_query_that_wants_no_answer_costs_nothing(self):
+        for _ in range(2000):
+            self.client.send("/EventlistRead", "Interface.EventlistRead", "getCompleteEventlist", "s", "")
+            self.client.send("/AlarmlistRead", "Interface.AlarmlistRead", "getCompleteAlarmlist", "s", "")
+        self.assertEqual(len(self.client.complete().rows), self.EVENTS + 1)
+
+
 class Introspection(ServiceTest):
     INTERFACES = {"/EventlistWrite": "Interface.EventlistWrite",
                   "/EventlistRead": "Interface.EventlistRead",
