@@ -23,6 +23,13 @@ class Clock(ServiceTest):
         self.service.environment = {"LD_PRELOAD": FAKE_CLOCK, "FAKETIME_TIMESTAMP_FILE": self.clock,
                                     "FAKETIME_NO_CACHE": "1", "FAKETIME_DONT_FAKE_MONOTONIC": "1"}
 
+    def start_service(self):
+        self.service.start()
+        # What libfaketime leaves behind of a process that is killed.
+        for name in ("faketime_shm_%d", "sem.faketime_sem_%d"):
+            path = os.path.join("/dev/shm", name % self.service.process_id())
+            self.addCleanup(lambda path=path: os.path.exists(path) and os.remove(path))
+
     def set_clock(self, time):
         with open(self.clock + ".new", "w", encoding="ascii") as file:
             file.write(time + "\n")
@@ -42,7 +49,7 @@ class Clock(ServiceTest):
 
     def test_nothing_stands_still_or_is_lost_when_the_clock_is_set_back(self):
         self.set_clock(FUTURE)
-        self.service.start()
+        self.start_service()
         self.client.log_event(type_=0, state=1, alarm_id="hot")
         self.log(1)
         wait_for(lambda: self.users() == ["", "1"], "stored in the future")
@@ -58,13 +65,13 @@ class Clock(ServiceTest):
 
     def test_it_starts_before_the_time_of_its_last_event(self):
         self.set_clock(FUTURE)
-        self.service.start()
+        self.start_service()
         self.client.log_event(type_=0, state=1, alarm_id="hot")
         wait_for(lambda: len(self.users()) == 1, "stored in the future")
         self.assertEqual(self.service.stop(), 0)
 
         self.set_clock(PAST)
-        self.service.start()
+        self.start_service()
         self.log(1)
         wait_for(lambda: self.users() == ["", "1"], "in the order in which they came")
         self.assertEqual(self.own_times()[-2:], ["2031-05-06", "2021-02-03"])
