@@ -35,9 +35,12 @@ public:
             return;
         }
         const QJsonObject arguments = metaData.value(QStringLiteral("Arguments")).toObject();
-        for (auto it = arguments.begin(); it != arguments.end() && isSmall; ++it)
+        // Looked up by their keys, as a path does: Qt's parser makes some that it does not find
+        // again, with U+FEFF at their front and with U+0000 in them.
+        const QStringList placeholders = arguments.keys();
+        for (auto it = placeholders.begin(); it != placeholders.end() && isSmall; ++it)
         {
-            apply(it.key(), it.value());
+            apply(*it, arguments.value(*it));
         }
     }
 

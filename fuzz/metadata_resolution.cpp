@@ -40,9 +40,8 @@ QJsonObject metaDataFrom(const uint8_t* data, size_t size)
 {
     if (size > 0 && data[0] == '{')
     {
-        // Qt's parser lets U+0000 through as it is, and then does not find all keys that hold one.
-        const QByteArray json(reinterpret_cast<const char*>(data), int(size));
-        return QJsonDocument::fromJson(QByteArray(json).replace('\0', ' ')).object();
+        return QJsonDocument::fromJson(QByteArray(reinterpret_cast<const char*>(data), int(size)))
+            .object();
     }
     fuzz::Input input(data, size, words);
     QJsonObject metaData = input.below(4) > 0 ? QJsonObject() : input.object(2);
