@@ -35,12 +35,12 @@ def check_module(program, rounds):
 
         def events_come():
             """The main thread of the module, and each of its threads, reach the service."""
-            known = max((int(event["EventlistId"]) for event in device.events()), default=0)
+            known = max((int(event["EventlistId"]) for event in device.events("--count", "1")), default=0)
 
             def all_told():
                 module.type("x")
                 module.read()
-                new = {event["ModuleName"] for event in device.events() if int(event["EventlistId"]) > known}
+                new = {event["ModuleName"] for event in device.events("--from-id", str(known + 1))}
                 return {"Watched", "Module0", "Module1", "Module2", "Module3"} <= new
             wait_until(all_told, "every thread has logged an event")
 
