@@ -163,7 +163,7 @@ void EventlistService::acknowledgeAlarms(const QStringList& alarmIds, const QStr
 {
     Work work;
     work.kind = Work::Kind::acknowledgement;
-    work.alarmIds = alarmIds;
+    work.alarmIds = storable(alarmIds);
     work.user = user.left(longestLogValue);
     work.sender = sender;
     for (const QString& id : alarmIds)
@@ -602,8 +602,7 @@ bool EventlistService::writeAcknowledgement(const Work& work)
     for (const QString& id : work.alarmIds)
     {
         Event alarm;
-        const AlarmList::Effect effect =
-            m_alarms.acknowledge(storable(id), work.user, work.arrivalMs, alarm);
+        const AlarmList::Effect effect = m_alarms.acknowledge(id, work.user, work.arrivalMs, alarm);
         if (effect == AlarmList::Effect::unknown)
         {
             if (!m_alarms.countRefused())
@@ -693,9 +692,8 @@ void EventlistService::onFailure()
         replaceDatabase();
         return;
     }
-    const bool isReadOnly = m_database.failure() == Database::Failure::readOnly;
     beginWaiting();
-    if (isReadOnly)
+    if (m_database.failure() == Database::Failure::readOnly)
     {
         m_database.close();
         return;
