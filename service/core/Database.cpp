@@ -350,8 +350,9 @@ bool Database::prepareFile()
     return true;
 }
 
-// SQLite opens a file of a newer kind, and refuses to write it only when it comes to that. Such a kind is not there yet.
-// To be asked before SQLite has the file open: closing it here would take its locks.
+// SQLite opens a file of a kind that is newer than all there are, and refuses to write it only when
+// it comes to that. To be asked before SQLite has the file open: closing it here would take its
+// locks.
 bool Database::isMarkedReadOnly() const
 {
     constexpr qint64 headerSize = 100;
