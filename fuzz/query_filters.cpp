@@ -115,6 +115,9 @@ struct Query
     qint64 end = 0;
     QString beginText;
     QString endText;
+    // What the texts say, invalid when it is no time.
+    QDateTime beginTime;
+    QDateTime endTime;
     int rowLimit = 0;
     bool isOldestFirst = false;
 
@@ -145,10 +148,8 @@ struct Query
             const qint64 last = inSeconds(end) ? end * 1000 + 999 : end;
             return (begin <= 0 || event.timeMs >= first) && (end <= 0 || event.timeMs <= last);
         }
-        const QDateTime first = QDateTime::fromString(beginText, Qt::ISODateWithMs);
-        const QDateTime last = QDateTime::fromString(endText, Qt::ISODateWithMs);
-        return (!first.isValid() || event.timeMs >= first.toMSecsSinceEpoch()) &&
-               (!last.isValid() || event.timeMs <= last.toMSecsSinceEpoch());
+        return (!beginTime.isValid() || event.timeMs >= beginTime.toMSecsSinceEpoch()) &&
+               (!endTime.isValid() || event.timeMs <= endTime.toMSecsSinceEpoch());
     }
 
     QStringList idsIn(const QVector<Event>& events) const
@@ -220,6 +221,8 @@ Query queryFrom(fuzz::Input& input)
     query.end = query.range == 0 && input.below(2) == 0 ? input.below(64) : time(input);
     query.beginText = timeText(input);
     query.endText = timeText(input);
+    query.beginTime = QDateTime::fromString(query.beginText, Qt::ISODateWithMs);
+    query.endTime = QDateTime::fromString(query.endText, Qt::ISODateWithMs);
     query.rowLimit = int(input.number());
     query.isOldestFirst = input.below(2) == 1;
     return query;
