@@ -5,8 +5,6 @@
 #include <QDebug>
 #include <QFile>
 
-#include <csignal>
-
 JournalService::JournalService() : m_process(std::make_unique<ChildProcess>()) {}
 
 bool JournalService::launch(ChildProcess& process, const QStringList& further,
@@ -38,13 +36,14 @@ bool JournalService::takeOver()
     return m_process->readOutputLine() == "ready";
 }
 
-bool JournalService::endBehindEvent(Way way, qint64 processId)
+bool JournalService::waitForEnd()
 {
-    sigval victim{};
-    victim.sival_int = int(processId != 0 ? processId : m_process->processId());
-    return ::sigqueue(pid_t(m_process->processId()), way == Way::kill ? SIGUSR1 : SIGUSR2,
-                      victim) == 0 &&
-           (!m_process->isRunning() || m_process->waitForFinished(int(defaultDeadline.count())));
+    return !m_process->isRunning() || m_process->waitForFinished(int(defaultDeadline.count()));
+}
+
+qint64 JournalService::processId() const
+{
+    return m_process->processId();
 }
 
 bool JournalService::freeze()

@@ -31,18 +31,11 @@ public:
     /// Waits until the one that stood by owns the name. It is the service from then on.
     bool takeOver();
 
-    enum class Way
-    {
-        kill,     ///< by SIGKILL, which nobody notices
-        terminate ///< by SIGTERM, in good order
-    };
+    /// Waits until the service has ended.
+    /// \returns false when it did not end in time.
+    bool waitForEnd();
 
-    /// Has a process ended just behind an event, in a moment when no event waits to be read, and waits
-    /// until the service has ended.
-    /// \param processId  the daemon of the bus, whose end is that of the service; 0 for the service
-    ///                   itself
-    /// \returns false when the service did not end in time.
-    bool endBehindEvent(Way way, qint64 processId = 0);
+    qint64 processId() const;
 
     bool freeze();
     void thaw();

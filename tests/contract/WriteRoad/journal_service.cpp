@@ -7,16 +7,10 @@
 //
 // Lines of the journal: "<time> ready" when it owns its name, "<time> <user of the event>" for each
 // event; times in nanoseconds of the monotonic clock.
-//
-// With SIGUSR1 it is told a process (the value that sigqueue sends along), which may be itself. That
-// one it kills as soon as events arrive one by one, just behind the latest: then nobody was behind
-// with reading when the kill came, however busy the machine is. With SIGUSR2 the same, but it lets the
-// process end in good order (SIGTERM).
 
 #include <dbus/dbus.h>
 
 #include <cinttypes>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -26,19 +20,7 @@
 
 namespace
 {
-// What was piled up somewhere arrives faster than this. The module logs once a millisecond.
-constexpr std::int64_t shortestGapNs = 500000;
-constexpr int gapsBeforeKill = 3;
-
 int journal = -1;
-volatile std::sig_atomic_t victim = 0;
-volatile std::sig_atomic_t weapon = SIGKILL;
-
-void takeVictim(int signal, siginfo_t* information, void*)
-{
-    weapon = signal == SIGUSR1 ? SIGKILL : SIGTERM;
-    victim = information->si_value.sival_int;
-}
 
 std::int64_t nowNs()
 {
@@ -55,19 +37,6 @@ void writeLine(std::int64_t timeNs, const char* text)
     {
         std::perror("journal");
         std::exit(1);
-    }
-}
-
-void killWhenNothingWaits(std::int64_t timeNs)
-{
-    static std::int64_t lastNs = 0;
-    static int gaps = 0;
-    gaps = timeNs - lastNs >= shortestGapNs ? gaps + 1 : 0;
-    lastNs = timeNs;
-    if (victim != 0 && gaps >= gapsBeforeKill)
-    {
-        ::kill(pid_t(victim), weapon);
-        victim = 0;
     }
 }
 
@@ -109,9 +78,7 @@ DBusHandlerResult take(DBusConnection*, DBusMessage* message, void* name)
     }
     const char* user = nullptr;
     dbus_message_iter_get_basic(&argument, &user);
-    const std::int64_t timeNs = nowNs();
-    writeLine(timeNs, user);
-    killWhenNothingWaits(timeNs);
+    writeLine(nowNs(), user);
     return DBUS_HANDLER_RESULT_HANDLED;
 }
 
@@ -131,11 +98,6 @@ int main(int argumentCount, char** arguments)
         return 2;
     }
     journal = ::open(arguments[2], O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
-    struct sigaction action = {};
-    action.sa_sigaction = takeVictim;
-    action.sa_flags = SA_SIGINFO | SA_RESTART;
-    ::sigaction(SIGUSR1, &action, nullptr);
-    ::sigaction(SIGUSR2, &action, nullptr);
     DBusError error = DBUS_ERROR_INIT;
     DBusConnection* const connection = dbus_bus_get_private(DBUS_BUS_SYSTEM, &error);
     if (connection == nullptr)

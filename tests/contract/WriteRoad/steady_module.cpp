@@ -2,9 +2,14 @@
 //
 //   steady_module [--application | --event-loop] [--producers <n>] [--count <n>]
 //
-// Without --count it logs one event each millisecond until its standard input ends, and one that is too
-// large for a system bus for each line that it reads there. The user of each event is its number. In the end
-// it prints
+// Without --count it logs one event each millisecond until its standard input ends. The user of each event
+// is its number. It obeys these lines of its standard input:
+//
+//   too large         logs an event that is too large for a system bus
+//   kill <process>    logs an event, kills the process at once, and goes on as soon as that has ended
+//   end <process>     the same in good order (SIGTERM)
+//
+// In the end it prints
 //
 //   sent <n>
 //   refused <number> ...      the events that were warned about, in order
@@ -26,6 +31,8 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -33,7 +40,7 @@
 #include <vector>
 
 #include <poll.h>
-#include <sys/timerfd.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace
@@ -107,35 +114,54 @@ private:
     qint64 m_slowestNs = 0;
 };
 
+// The event just before is on its way then. How long the kernel takes to end a process, and so to close its
+// connections, is up to the machine: what is logged meanwhile is written to a connection that still looks
+// open, and tells nothing about this library.
+void endBehindEvent(Module& module, pid_t process, int signal)
+{
+    pollfd end{int(::syscall(SYS_pidfd_open, process, 0)), POLLIN, 0};
+    module.logNext();
+    if (end.fd < 0 || ::kill(process, signal) != 0 || ::poll(&end, 1, -1) != 1)
+    {
+        std::fprintf(stderr, "unexpected: %s\n", std::strerror(errno));
+    }
+    ::close(end.fd);
+}
+
 // Takes a line from the standard input. False when it has ended.
 bool obey(Module& module)
 {
-    char line[64];
-    const ssize_t length = ::read(STDIN_FILENO, line, sizeof line);
-    if (length > 0)
+    char line[64] = "";
+    int process = 0;
+    const ssize_t length = ::read(STDIN_FILENO, line, sizeof line - 1);
+    if (std::sscanf(line, "kill %d", &process) == 1)
+    {
+        endBehindEvent(module, process, SIGKILL);
+    }
+    else if (std::sscanf(line, "end %d", &process) == 1)
+    {
+        endBehindEvent(module, process, SIGTERM);
+    }
+    else if (length > 0)
     {
         module.logNext(true);
     }
     return length > 0;
 }
 
-// One event each millisecond until the standard input ends, without making up for those in which this
-// process did not run: a burst would outrun the news of a kill.
+// Logs until the standard input ends. A millisecond passes after each event, however late it came, and
+// after the end of a process: a burst would outrun the news of it.
 void logSteadily(Module& module)
 {
-    const int timer = ::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC);
-    const itimerspec everyMillisecond{{0, 1000000}, {0, 1000000}};
-    ::timerfd_settime(timer, 0, &everyMillisecond, nullptr);
-    pollfd descriptors[] = {{timer, POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}};
-    while (::poll(descriptors, 2, -1) > 0 && (descriptors[1].revents == 0 || obey(module)))
+    constexpr int pauseMs = 1;
+    pollfd input{STDIN_FILENO, POLLIN, 0};
+    for (int ready = 0; ready == 0 || obey(module); ready = ::poll(&input, 1, pauseMs))
     {
-        std::uint64_t ticks = 0;
-        if (descriptors[0].revents != 0 && ::read(timer, &ticks, sizeof ticks) == sizeof ticks)
+        if (ready == 0)
         {
             module.logNext();
         }
     }
-    ::close(timer);
 }
 
 // The same in an event loop.
@@ -143,15 +169,21 @@ void logInLoop(Module& module)
 {
     QTimer timer;
     timer.setTimerType(Qt::PreciseTimer);
-    QObject::connect(&timer, &QTimer::timeout, [&module] { module.logNext(); });
+    timer.setSingleShot(true);
+    timer.setInterval(1);
+    QObject::connect(&timer, &QTimer::timeout, [&] {
+        module.logNext();
+        timer.start();
+    });
     QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
-    QObject::connect(&input, &QSocketNotifier::activated, [&module] {
+    QObject::connect(&input, &QSocketNotifier::activated, [&] {
         if (!obey(module))
         {
             QCoreApplication::quit();
         }
+        timer.start();
     });
-    timer.start(1);
+    timer.start();
     QCoreApplication::exec();
 }
 
