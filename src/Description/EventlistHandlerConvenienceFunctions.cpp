@@ -180,12 +180,14 @@ void EventlistHandlerConvenienceFunctions::generateDescriptionTextlist(QVariantM
     }
     const QString& keyArguments = EventlistHandlerDefinitions::getKeyMetaDataArguments();
     QJsonObject arguments;
-    if (!readJsonObjectFromJson(keyArguments, metaData, arguments))
+    if (readJsonObjectFromJson(keyArguments, metaData, arguments))
+    {
+        replacePlaceholder(textList, arguments);
+    }
+    else
     {
         qWarning() << "Key" << keyArguments << "not fount in metaData";
-        return;
     }
-    replacePlaceholder(textList, arguments);
 }
 
 void EventlistHandlerConvenienceFunctions::replacePlaceholder(QVariantMap& textList,

@@ -500,9 +500,10 @@ void tst_PlaceholderReplacement::staysSmallWhenArgumentsMultiplyByTen()
 
 void tst_PlaceholderReplacement::stopsWhereManyPlaceholdersMeetLargeTexts()
 {
-    // 15 searches in texts of almost 16 Mi units are allowed, of which each counts 128 units more.
-    const QString end = QStringLiteral(" %000014 %000015");
-    const QString fill(maximumTextUnits - end.size(), QLatin1Char('x'));
+    // 256 Mi units may be searched. A text counts 128 more than it has, so that 16 searches in this one are
+    // just allowed; it keeps its size.
+    const QString end = QStringLiteral(" %000015 %000016");
+    const QString fill(maximumTextUnits - 128 - end.size(), QLatin1Char('x'));
     QVariantMap textList{{enKey, QString(fill + end)}};
     QJsonObject arguments;
     for (int i = 0; i < 100000; ++i)
@@ -511,13 +512,13 @@ void tst_PlaceholderReplacement::stopsWhereManyPlaceholdersMeetLargeTexts()
         arguments.insert(QLatin1Char('%') + number, stringArgument(QStringLiteral("replace")));
     }
     m_warnings.expect(QStringLiteral("Too many placeholders for texts of this size. Not replaced "
-                                     "from \"%000015\" on"),
+                                     "from \"%000016\" on"),
                       QStringLiteral("EventlistHandlerConvenienceFunctions"),
                       QStringLiteral("EventlistHandlerConvenienceFunctions::replacePlaceholder"));
 
     Functions::replacePlaceholder(textList, arguments);
 
-    QCOMPARE(textList.value(enKey).toString(), fill + QStringLiteral(" replace %000015"));
+    QCOMPARE(textList.value(enKey).toString(), fill + QStringLiteral(" replace %000016"));
 }
 
 void tst_PlaceholderReplacement::replacesManyPlacesInOnePass()
