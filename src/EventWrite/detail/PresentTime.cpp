@@ -28,9 +28,11 @@ int askForOffset(qint64 unixTimeMs)
 {
     // Alone, localtime_r() would not see another time zone.
     tzset();
+    // It fails for years beyond those that fit into a qint64 of milliseconds.
     const auto seconds = time_t(unixTimeMs / msPerSecond);
     tm local{};
-    return localtime_r(&seconds, &local) != nullptr ? int(local.tm_gmtoff) : 0;
+    localtime_r(&seconds, &local);
+    return int(local.tm_gmtoff);
 }
 
 int offsetAt(qint64 unixTimeMs)
