@@ -45,7 +45,7 @@ public:
             if (matched == 0 && *unread != first)
             {
                 const qsizetype place = m_text.indexOf(first, unread - m_text.begin());
-                unread = place < 0 ? end : m_text.begin() + place;
+                unread = place == -1 ? end : m_text.begin() + place;
                 continue;
             }
             matched = m_replacement.extended(matched, *unread);
