@@ -13,6 +13,7 @@
 #include <QJsonObject>
 #include <QMap>
 #include <QStringList>
+#include <QVector>
 
 namespace
 {
@@ -240,12 +241,7 @@ void EventlistHandlerConvenienceFunctions::replacePlaceholder(QVariantMap& textL
 void EventlistHandlerConvenienceFunctions::replacePlaceholderWithArgumentString(
     QVariantMap& textList, const QString& placeholder, const QString& argument)
 {
-    QStringList arguments;
-    arguments.reserve(textList.size());
-    for (int i = 0; i < textList.size(); ++i)
-    {
-        arguments.append(argument);
-    }
+    const QStringList arguments = QVector<QString>(textList.size(), argument).toList();
     if (!replaceInAll(textList, placeholder, arguments))
     {
         qWarning() << "Texts would grow too large. Placeholder not replaced:" << placeholder;

@@ -6,6 +6,8 @@ namespace
 {
 
 constexpr char16_t firstPrintable = 0x20;
+constexpr int hexadecimal = 16;
+constexpr int escapeDigits = 4;
 
 // Whether a unit stands in JSON text as it is. Half a surrogate pair does so beside the other half.
 constexpr bool isPlain(char16_t unit)
@@ -59,13 +61,10 @@ QString escapeOf(char16_t unit)
     case u'\t':
         return QStringLiteral("\\t");
     default:
-        break;
+        // Control characters, and surrogates without their other half.
+        return QLatin1String("\\u") +
+               QString::number(unit, hexadecimal).rightJustified(escapeDigits, QLatin1Char('0'));
     }
-    // Control characters, and surrogates without their other half.
-    constexpr int digits = 4;
-    constexpr int base = 16;
-    return QLatin1String("\\u") +
-           QString::number(unit, base).rightJustified(digits, QLatin1Char('0'));
 }
 
 } // namespace

@@ -131,6 +131,7 @@ private Q_SLOTS:
     void replacesLikeQStringForRandomTexts();
     void replacesLikeQString_data();
     void replacesLikeQString();
+    void replacesLikeQStringWhereThePlaceholderBeginsAnew();
     void resolvesWhatItGeneratedFromRandomArguments_data();
     void resolvesWhatItGeneratedFromRandomArguments();
     void comesThroughMetadataOfAnyShape_data();
@@ -140,6 +141,7 @@ private Q_SLOTS:
     void fillsTheTextsUpToTheLimitAndNotPastIt();
     void countsAllPlacesOfAnEmptyPlaceholder();
     void countsAllLanguagesTogether();
+    void countsEachLanguageWithItsOwnArgument();
     void refusesATextArgumentPastTheLimitToo();
     void letsTextsPastTheLimitShrink();
     void warnsOnceForEachRefusedPlaceholderAndReplacesTheOthers();
@@ -235,6 +237,35 @@ void tst_PlaceholderReplacement::replacesLikeQString()
 
     QCOMPARE(textList.value(enKey).toString(), result);
     QCOMPARE(result, QString(text).replace(placeholder, argument));
+}
+
+// All words of two letters in all longer ones: what was read in vain of one place may be the beginning of the next.
+void tst_PlaceholderReplacement::replacesLikeQStringWhereThePlaceholderBeginsAnew()
+{
+    const auto words = [](int longest) {
+        QStringList all;
+        for (int size = 1; size <= longest; ++size)
+        {
+            for (int bits = 0; bits < 1 << size; ++bits)
+            {
+                all << QString::number(bits, 2).rightJustified(size, QLatin1Char('0'));
+            }
+        }
+        return all;
+    };
+    const QStringList texts = words(9);
+    const QStringList placeholders = words(5);
+    for (const QString& placeholder : placeholders)
+    {
+        for (const QString& text : texts)
+        {
+            QVariantMap textList{{enKey, text}};
+            Functions::replacePlaceholderWithArgumentString(textList, placeholder,
+                                                            QStringLiteral("-"));
+            QCOMPARE(textList.value(enKey).toString(),
+                     QString(text).replace(placeholder, QStringLiteral("-")));
+        }
+    }
 }
 
 void tst_PlaceholderReplacement::resolvesWhatItGeneratedFromRandomArguments_data()
@@ -405,6 +436,23 @@ void tst_PlaceholderReplacement::countsAllLanguagesTogether()
     QCOMPARE(textList, QVariantMap({{deKey, half}, {enKey, half}}));
     QCOMPARE(oneTooMany,
              QVariantMap({{deKey, QStringLiteral("%1")}, {enKey, QStringLiteral("%1.")}}));
+}
+
+void tst_PlaceholderReplacement::countsEachLanguageWithItsOwnArgument()
+{
+    const QString placeholder = QStringLiteral("%1");
+    const QString large(maximumTextUnits, QLatin1Char('x'));
+    QVariantMap full{{deKey, placeholder}, {enKey, placeholder}};
+    QVariantMap oneTooMany = full;
+    expectRefusal(m_warnings, placeholder, QStringLiteral("replacePlaceholderWithArgumentText"));
+
+    Functions::replacePlaceholderWithArgumentText(full, placeholder,
+                                                  {{deKey, QString()}, {enKey, large}});
+    Functions::replacePlaceholderWithArgumentText(oneTooMany, placeholder,
+                                                  {{deKey, QStringLiteral("y")}, {enKey, large}});
+
+    QCOMPARE(full, QVariantMap({{deKey, QString()}, {enKey, large}}));
+    QCOMPARE(oneTooMany, QVariantMap({{deKey, placeholder}, {enKey, placeholder}}));
 }
 
 void tst_PlaceholderReplacement::refusesATextArgumentPastTheLimitToo()
