@@ -11,6 +11,11 @@
 
 /// What several unit tests need.
 
+inline QString text(const char* literal)
+{
+    return QString::fromUtf8(literal);
+}
+
 /// A string as a warning shows it.
 inline QString quoted(const QString& text)
 {

@@ -17,11 +17,6 @@ PRIVATE_MEMBER(auditTrailOf, AuditTrailHandler AlarmlistHandler::*,
 namespace
 {
 
-QString text(const char* literal)
-{
-    return QString::fromUtf8(literal);
-}
-
 } // namespace
 
 class tst_AlarmlistHandler : public QObject

@@ -110,6 +110,30 @@ inline void giveTexts(FakeTextManager& texts)
                    QStringLiteral("Alarm at %1, %2, %3"));
 }
 
+inline const Arguments seven{{QStringLiteral("%2"), QStringLiteral("7")}};
+/// The name of the pump, in its tree and in a catalogue.
+inline const Arguments nameInTree{{QStringLiteral("%1"), QStringLiteral("Texts/Name")}};
+inline const Arguments nameInTexts{{QStringLiteral("%1"), QStringLiteral("Name")}};
+
+/// The event with the sentence with three places instead: the second is seven, and the first, with an url
+/// argument, the name of the pump.
+inline ExpectedEvent withArguments(ExpectedEvent event, const QString& eventId, bool hasUrlArgument)
+{
+    event.eventId = eventId;
+    event.description =
+        hasUrlArgument ? R"({"lang_de":"Alarm an Pumpe, 7, %3","lang_en":"Alarm at pump, 7, %3"})"
+                       : R"({"lang_de":"Alarm an %1, 7, %3","lang_en":"Alarm at %1, 7, %3"})";
+    event.metaData =
+        QByteArray(R"({"Arguments":{)")
+            .append(hasUrlArgument
+                        ? R"("%1":{"type":"text","value":{"lang_de":"Pumpe","lang_en":"pump"}},)"
+                        : "")
+            .append(R"("%2":{"type":"string","value":"7"}},)")
+            .append(R"("DescriptionScheme":{"lang_de":"Alarm an %1, %2, %3",)")
+            .append(R"("lang_en":"Alarm at %1, %2, %3"}})");
+    return event;
+}
+
 inline Arguments noArguments()
 {
     return {};

@@ -16,11 +16,6 @@ PRIVATE_MEMBER(idOfFault, QString FaultHandler::*, &FaultHandler::m_alarmId)
 namespace
 {
 
-QString text(const char* literal)
-{
-    return QString::fromUtf8(literal);
-}
-
 // Alarms and faults differ in their event type, their icons and the name of their file alone.
 // Whatever holds for one of them is tested for both.
 struct Handler

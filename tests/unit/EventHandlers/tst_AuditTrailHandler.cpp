@@ -14,11 +14,6 @@ Q_DECLARE_METATYPE(Operation)
 namespace
 {
 
-QString text(const char* literal)
-{
-    return QString::fromUtf8(literal);
-}
-
 ExpectedEvent auditEvent(const char* user)
 {
     ExpectedEvent event =
@@ -29,25 +24,8 @@ ExpectedEvent auditEvent(const char* user)
 
 ExpectedEvent withArguments(const char* user, const char* eventId, bool hasUrlArgument)
 {
-    ExpectedEvent event = auditEvent(user);
-    event.eventId = text(eventId);
-    event.description =
-        hasUrlArgument ? R"({"lang_de":"Alarm an Pumpe, 7, %3","lang_en":"Alarm at pump, 7, %3"})"
-                       : R"({"lang_de":"Alarm an %1, 7, %3","lang_en":"Alarm at %1, 7, %3"})";
-    event.metaData =
-        QByteArray(R"({"Arguments":{)")
-            .append(hasUrlArgument
-                        ? R"("%1":{"type":"text","value":{"lang_de":"Pumpe","lang_en":"pump"}},)"
-                        : "")
-            .append(R"("%2":{"type":"string","value":"7"}},)")
-            .append(R"("DescriptionScheme":{"lang_de":"Alarm an %1, %2, %3",)")
-            .append(R"("lang_en":"Alarm at %1, %2, %3"}})");
-    return event;
+    return withArguments(auditEvent(user), text(eventId), hasUrlArgument);
 }
-
-const Arguments seven{{QStringLiteral("%2"), QStringLiteral("7")}};
-const Arguments nameInTree{{QStringLiteral("%1"), QStringLiteral("Texts/Name")}};
-const Arguments nameInTexts{{QStringLiteral("%1"), QStringLiteral("Name")}};
 
 } // namespace
 

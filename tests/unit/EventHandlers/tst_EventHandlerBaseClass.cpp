@@ -26,11 +26,6 @@ static_assert(!std::is_copy_constructible<Base>::value && !std::is_copy_assignab
 namespace
 {
 
-QString text(const char* literal)
-{
-    return QString::fromUtf8(literal);
-}
-
 QString hashOf(const char* tag)
 {
     return QString::fromLatin1(RecorderUrlHashHandling::createUrlHash(tag).toHex());

@@ -24,11 +24,6 @@ namespace
 // What the file road has written last.
 QJsonObject lastSpoolObject;
 
-QString text(const char* literal)
-{
-    return QString::fromUtf8(literal);
-}
-
 struct RandomEvent
 {
     EventType eventType;

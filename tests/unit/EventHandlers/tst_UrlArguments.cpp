@@ -11,11 +11,6 @@ using Base = EventHandlerBaseClass;
 namespace
 {
 
-QString text(const char* literal)
-{
-    return QString::fromUtf8(literal);
-}
-
 // Three url arguments. What the middle one names is the case.
 Arguments threeUrls(const char* first, const char* second, const char* third)
 {

@@ -13,11 +13,6 @@
 namespace
 {
 
-QString text(const char* literal)
-{
-    return QString::fromUtf8(literal);
-}
-
 // What a warning shows behind its head.
 QString tail(int textSource, const char* moduleName, const char* objectName,
              const char* instanceName, const char* url)

@@ -13,11 +13,6 @@ PRIVATE_MEMBER(connectorOf, EventlistHandlerDBusConnectorWrite Provider::*, &Pro
 namespace
 {
 
-QString text(const char* literal)
-{
-    return QString::fromUtf8(literal);
-}
-
 } // namespace
 
 // What goes out is for the tests with a bus. Here every event that gets as far as the connector is
