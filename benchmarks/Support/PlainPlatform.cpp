@@ -2,59 +2,33 @@
 // and the time goes through Qt's own formatting. Linked before the stand-in, they take the place of
 // its own.
 
+#include "Catalogues.h"
+
 #include "Platform/IsoDateConverter.h"
 #include "Platform/ReadAllTextsHelper.h"
 #include "Platform/TextManager.h"
 
-#include <QDir>
-#include <QFileInfo>
-#include <QTranslator>
-
-#include <vector>
-
 class TextManager::Private
 {
 public:
-    std::vector<std::pair<QString, std::unique_ptr<QTranslator>>> languages;
+    Catalogues catalogues;
 };
 
-TextManager::TextManager(const QString& folder) : d(std::make_unique<Private>())
+TextManager::TextManager(const QString& folder)
+    : d(std::make_unique<Private>(Private{Catalogues(folder)}))
 {
-    const QFileInfoList files = QDir(folder).entryInfoList({QStringLiteral("*.qm")});
-    for (const QFileInfo& file : files)
-    {
-        auto translator = std::make_unique<QTranslator>();
-        if (translator->load(file.filePath()))
-        {
-            d->languages.emplace_back(file.completeBaseName(), std::move(translator));
-        }
-    }
 }
 
 TextManager::~TextManager() = default;
 
 QStringList TextManager::getLanguages() const
 {
-    QStringList keys;
-    for (const auto& language : d->languages)
-    {
-        keys.append(language.first);
-    }
-    return keys;
+    return d->catalogues.languages();
 }
 
 QVariantMap TextManager::getAllTexts(const QString& url) const
 {
-    QVariantMap texts;
-    for (const auto& language : d->languages)
-    {
-        const QString text = language.second->translate("", url.toUtf8().constData());
-        if (!text.isNull())
-        {
-            texts.insert(language.first, text);
-        }
-    }
-    return texts;
+    return d->catalogues.textsOf(url);
 }
 
 QVariantMap ReadAllTextsHelper::getAllTextsAsVariantMap(const TextManagerBase& textManager,
