@@ -1,7 +1,7 @@
 // Text and time services that answer straight from memory: the least that a device's own services
 // can cost. Linked before the stand-in, they take the place of its own.
 
-#include "Catalogues.h"
+#include "Support/Catalogues.h"
 
 #include "Platform/IsoDateConverter.h"
 #include "Platform/ReadAllTextsHelper.h"

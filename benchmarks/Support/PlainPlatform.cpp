@@ -2,7 +2,7 @@
 // and the time goes through Qt's own formatting. Linked before the stand-in, they take the place of
 // its own.
 
-#include "Catalogues.h"
+#include "Support/Catalogues.h"
 
 #include "Platform/IsoDateConverter.h"
 #include "Platform/ReadAllTextsHelper.h"
