@@ -2,8 +2,8 @@
 //
 //   steady_module [--application | --event-loop] [--producers <n>] [--count <n>]
 //
-// Without --count it logs one event each millisecond until its standard input ends. The user of each event
-// is its number. It obeys these lines of its standard input:
+// Without --count it logs at most one event each millisecond until its standard input ends. The user of each
+// event is its number. It obeys these lines of its standard input:
 //
 //   too large         logs an event that is too large for a system bus
 //   kill <process>    logs an event, kills the process at once, and goes on as soon as that has ended
@@ -142,9 +142,13 @@ bool obey(Module& module)
     {
         endBehindEvent(module, process, SIGTERM);
     }
-    else if (length > 0)
+    else if (std::strcmp(line, "too large\n") == 0)
     {
         module.logNext(true);
+    }
+    else if (length > 0)
+    {
+        std::fprintf(stderr, "unknown: %s", line);
     }
     return length > 0;
 }

@@ -11,7 +11,7 @@
 
 #include <sched.h>
 
-/// A module logs one event each millisecond, while the service or the bus is killed, ended, replaced or
+/// A module logs at most one event each millisecond, while the service or the bus is killed, ended, replaced or
 /// frozen, or the bus throws the module out. Every event is received or warned about, except for the
 /// few that were on their way in that moment.
 ///
